@@ -1,0 +1,164 @@
+#include "TstringTable.h"
+
+#include <QHash>
+
+namespace {
+
+struct Entry
+{
+    const char* key;
+    const char* text;
+};
+
+// kContentBrowserDirectoryNotFoundWarning is appended directly to the path the user
+// typed, hence its leading blank. kContentBrowserRBMNewDir doubles as the base name
+// of a new folder, which gets a number appended without a separator when taken.
+const Entry englishTexts[] = {
+    {"kContentBrowserChooseLocation", "Choose Location"},
+    {"kContentBrowserConfirmDeleteFavorite", "Remove this favorite?"},
+    {"kContentBrowserConfirmDeleteFavoriteFolder", "Remove this favorites folder and all the favorites in it?"},
+    {"kContentBrowserConfirmDeleteIgnoreMsg", "Don't ask again"},
+    {"kContentBrowserConfirmDeleteInfo", "Only the favorites are removed. The files and folders on disk are not affected."},
+    {"kContentBrowserDirectoryNotFoundWarning", " does not exist."},
+    {"kContentBrowserDirectoryNotGivenError", "The path you entered is a file. Showing the folder that contains it."},
+    {"kContentBrowserEditRefused", "Cannot Rename"},
+    {"kContentBrowserEditRefusedMessageDuplicate", "An item with this name already exists. Choose a different name."},
+    {"kContentBrowserEditRefusedMessageForbidden", "This name is reserved for the example content. Choose a different name."},
+    {"kContentBrowserOpenFiles", "Open"},
+    {"kContentBrowserRBMNewDir", "New Folder"},
+    {"kContentBrowserRBMRenameItem", "Rename"},
+    {"kContentBrowserSearchBarPlaceholderText", "Search"},
+    {"rCancelAction", "Cancel"},
+    {"rNimboImportOptionsTitle", "Import Options"},
+    {"rNimboReferenceOptionsTitle", "Reference Options"},
+    {"rContentBrowserContextMenuAddFavorites", "Add to Favorites"},
+    {"rContentBrowserContextMenuImportVelaFile", "Import"},
+    {"rContentBrowserContextMenuOpenNormalTexture", "Open as Texture"},
+    {"rContentBrowserContextMenuOpenProjectedTexture", "Open as Projected Texture"},
+    {"rContentBrowserContextMenuOpenStenciledTexture", "Open as Stencil"},
+    {"rContentBrowserContextMenuReferenceVelaFile", "Create Reference"},
+    {"rContentBrowserContextMenuRemoveFavorite", "Remove from Favorites"},
+    {"rContentBrowserContextMenuSourceVsl", "Source Script"},
+    {"rContentBrowserContextMenuUseStamp", "Use as Stamp"},
+    {"rContentBrowserFilePathBar", "Path Bar"},
+    {"rContentBrowserFilePreviewNoPreviewAvail", "No preview available"},
+    {"rContentBrowserLibraryUserLibraryName", "User Library"},
+    {"rContentBrowserMenuItemListView", "List View"},
+    {"rContentBrowserMenuItemThumbnailView", "Thumbnail View"},
+    {"rContentBrowserMenuTabFavorites", "Favorites"},
+    {"rContentBrowserMenuTabLibrary", "Library"},
+    {"rContentBrowserMenuTabMetadata", "Metadata"},
+    {"rContentBrowserMenuTabPreview", "Preview"},
+    {"rContentBrowserMenuTabProjects", "Projects"},
+    {"rContentBrowserMenuTabSystem", "System"},
+    {"rContentBrowserMenuViewItemSortAscending", "Ascending"},
+    {"rContentBrowserMenuViewItemSortDateModified", "Date Modified"},
+    {"rContentBrowserMenuViewItemSortDescending", "Descending"},
+    {"rContentBrowserMenuViewItemSortName", "Name"},
+    {"rContentBrowserMenuViewItemSortSize", "Size"},
+    {"rContentBrowserMenuViewItemSortType", "Type"},
+    {"rContentBrowserMetadataFileCreationDate", "Created"},
+    {"rContentBrowserMetadataFileFramerate", "Frame Rate"},
+    {"rContentBrowserMetadataFileLastModifiedDate", "Modified"},
+    {"rContentBrowserMetadataFileName", "Name"},
+    {"rContentBrowserMetadataFileSize", "Size"},
+    {"rContentBrowserMetadataFileType", "Type"},
+    {"rContentBrowserMetadataFileTypeTag", "File"},
+    {"rContentBrowserOkButtonCaptionImport", "Import"},
+    {"rContentBrowserOkButtonCaptionReference", "Reference"},
+    {"rContentBrowserProjectsCurrentProject", "Current Project"},
+    {"rContentBrowserProjectsWorkspaceRoot", "Project Root"},
+    {"rContentBrowserTabFavorites", "Favorites"},
+    {"rContentBrowserTabLibrary", "Library"},
+    {"rContentBrowserTabMetadata", "Metadata"},
+    {"rContentBrowserTabPreview", "Preview"},
+    {"rContentBrowserTabProjects", "Projects"},
+    {"rContentBrowserTabSystem", "System"},
+    {"rDownloadFailed", "The download failed."},
+    {"rFirstNewFavFolderPlaceholder", "New Folder"},
+    {"rHttpCode", "HTTP status ^1d"},
+    {"rHttpError", "HTTP error"},
+    {"rHttpErrorMessageTitle", "Connection Error"},
+    {"rHttpRequestTimeout", "The request timed out."},
+    {"rHttpServerErrorGeneric", "The server could not complete the request."},
+    {"rHttpServerListenError", "The local server could not listen for connections."},
+    {"rHttpSuccessMessageTitle", "Download Complete"},
+    {"rNewFavFolderPlaceholder", "New Folder ^1d"},
+    {"rProjectWindow", "Project Window..."},
+    {"rSaveCloseAction", "Save and Close"},
+    {"rSetProject", "Set Project..."},
+    {"rTooltipAddFavoritesfolder", "New favorites folder"},
+    {"rTooltipAddFavoritespath", "Add a location to Favorites"},
+    {"rTooltipAddfavorite", "Add the current folder to Favorites"},
+    {"rTooltipCreatenewfolder", "New folder"},
+    {"rTooltipGotoParentDirectory", "Go to the parent folder"},
+    {"rTooltipHelp", "Help"},
+    {"rTooltipListview", "List view"},
+    {"rTooltipNavigationhistory", "Type a path, or pick a recent location"},
+    {"rTooltipNextlocation", "Forward"},
+    {"rTooltipPreferences", "Show or hide panels"},
+    {"rTooltipPreviouslocation", "Back"},
+    {"rTooltipRefreshcontents", "Refresh"},
+    {"rTooltipScaler", "Thumbnail size"},
+    {"rTooltipSortby", "Sort by"},
+    {"rTooltipThumbnailview", "Thumbnail view"},
+
+    // The host's own messages.
+    {"kOrloHostUnknownCommand", "Unknown command: ^1s"},
+    {"kOrloHostEmptyCommand", "Empty command"},
+    {"kOrloHostOptionVarsCorrupt",
+     "Your settings file ^1s could not be read. It was kept as ^2s and settings start from their defaults."},
+    {"kOrloHostOptionVarsNotMoved",
+     "Your settings file ^1s could not be read or moved aside. Settings start from their defaults and will not be "
+     "saved in this session, so the file stays as it is."},
+    {"kOrloHostOptionVarsUnreadable",
+     "Your settings file ^1s could not be opened. Settings start from their defaults and will not be saved in this "
+     "session, so the file stays as it is."},
+    {"kOrloHostOptionVarsWriteFailed", "Settings could not be saved to ^1s: ^2s"},
+};
+
+QHash<QString, QString> builtInTable()
+{
+    QHash<QString, QString> table;
+    table.reserve(int(std::size(englishTexts)));
+    for (const Entry& entry : englishTexts)
+        table.insert(QString::fromLatin1(entry.key), QString::fromUtf8(entry.text));
+    return table;
+}
+
+QHash<QString, QString>& table()
+{
+    static QHash<QString, QString> theTable = builtInTable();
+    return theTable;
+}
+
+} // namespace
+
+QString TstringTable::text(const QString& key)
+{
+    const QHash<QString, QString>& texts = table();
+    const auto it = texts.constFind(key);
+    return it == texts.constEnd() ? key : it.value();
+}
+
+bool TstringTable::contains(const QString& key)
+{
+    return table().contains(key);
+}
+
+QStringList TstringTable::keys()
+{
+    QStringList keys = table().keys();
+    keys.sort();
+    return keys;
+}
+
+void TstringTable::setText(const QString& key, const QString& text)
+{
+    table().insert(key, text);
+}
+
+void TstringTable::restoreDefaults()
+{
+    table() = builtInTable();
+}
