@@ -79,7 +79,8 @@ public:
 
     /// Host side: handler runs every command named commandName (case-sensitive),
     /// replacing an earlier handler of that name. A handler may run further commands
-    /// and may register or unregister handlers, its own included.
+    /// and may register or unregister handlers, its own included. An empty handler
+    /// unregisters the name.
     static void registerHandler(const QString& commandName, Handler handler);
     /// Returns whether a handler was registered under that name.
     static bool unregisterHandler(const QString& commandName);
