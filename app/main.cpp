@@ -1,0 +1,159 @@
+// orlo-browser: the reference host application. It embeds the asset browser the way a host
+// application does and answers every script command the browser sends.
+#include "ThostConsole.h"
+#include "ThostMainWindow.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+#include <QPalette>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+bool parseSize(const QString& text, QSize& size)
+{
+    const QRegularExpressionMatch m = QRegularExpression(QStringLiteral("^(\\d{2,5})[xX](\\d{2,5})$")).match(text);
+    if (!m.hasMatch())
+        return false;
+    size = QSize(m.captured(1).toInt(), m.captured(2).toInt());
+    return true;
+}
+
+// A 3D host is dark so that pictures and viewports read truly; --light tries the other case.
+void applyHostLook(QApplication& app, bool light)
+{
+    app.setStyle(QStringLiteral("Fusion"));
+    if (light)
+        return;
+    QPalette p;
+    const QColor window(0x3a, 0x3a, 0x3d), base(0x2a, 0x2a, 0x2c), text(0xdd, 0xdd, 0xdd);
+    const QColor highlight(0x4f, 0x7f, 0xb0), disabled(0x80, 0x80, 0x80);
+    p.setColor(QPalette::Window, window);
+    p.setColor(QPalette::WindowText, text);
+    p.setColor(QPalette::Base, base);
+    p.setColor(QPalette::AlternateBase, window);
+    p.setColor(QPalette::ToolTipBase, base);
+    p.setColor(QPalette::ToolTipText, text);
+    p.setColor(QPalette::PlaceholderText, disabled);
+    p.setColor(QPalette::Text, text);
+    p.setColor(QPalette::Button, QColor(0x48, 0x48, 0x4c));
+    p.setColor(QPalette::ButtonText, text);
+    p.setColor(QPalette::BrightText, Qt::white);
+    p.setColor(QPalette::Link, highlight.lighter(130));
+    p.setColor(QPalette::Highlight, highlight);
+    p.setColor(QPalette::HighlightedText, Qt::white);
+    p.setColor(QPalette::Light, window.lighter(130));
+    p.setColor(QPalette::Midlight, window.lighter(115));
+    p.setColor(QPalette::Mid, window.darker(120));
+    p.setColor(QPalette::Dark, window.darker(150));
+    p.setColor(QPalette::Shadow, Qt::black);
+    for (QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        p.setColor(QPalette::Disabled, role, disabled);
+    app.setPalette(p);
+}
+
+int fail(const QString& message)
+{
+    std::fprintf(stderr, "orlo-browser: %s\n", qPrintable(message));
+    return 2;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // The command line is read before the application object exists, so that --help works
+    // on a machine without a display.
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "The reference host of the ORLO Asset Browser: a main window that embeds the browser and\n"
+        "answers its script commands. The console dock at the bottom shows every command the\n"
+        "browser sends and what the host answered; type commands there too.\n"
+        "\n"
+        "Environment: ORLO_UI_SCALE=150 (or 1.5, 200%...) forces the interface scale."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption prefsOption(QStringLiteral("prefs"),
+        QStringLiteral("Keep preferences (option variables, favorites) in DIR instead of the user's settings folder."),
+        QStringLiteral("DIR"));
+    const QCommandLineOption screenshotOption(QStringLiteral("screenshot"),
+        QStringLiteral("Render the window once the folder has loaded, write it to FILE (PNG) and quit."),
+        QStringLiteral("FILE"));
+    const QCommandLineOption sizeOption(QStringLiteral("size"), QStringLiteral("Window size, e.g. 1400x900."),
+        QStringLiteral("WxH"), QStringLiteral("1400x900"));
+    const QCommandLineOption lightOption(QStringLiteral("light"),
+        QStringLiteral("Use a light interface instead of the host's dark one."));
+    parser.addOption(lightOption);
+    parser.addOption(prefsOption);
+    parser.addOption(screenshotOption);
+    parser.addOption(sizeOption);
+    parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("Folder to open (default: your home folder)."),
+                                 QStringLiteral("[FOLDER]"));
+    if (!parser.parse(arguments))
+        return fail(parser.errorText());
+    if (parser.isSet(QStringLiteral("help"))) {
+        std::printf("%s", qPrintable(parser.helpText().replace(QStringLiteral("<executable_name>"), QStringLiteral("orlo-browser"))));
+        return 0;
+    }
+    if (parser.isSet(QStringLiteral("version"))) {
+        std::printf("orlo-browser 1.0\n");
+        return 0;
+    }
+
+    QSize size;
+    if (!parseSize(parser.value(sizeOption), size))
+        return fail(QStringLiteral("--size expects WIDTHxHEIGHT, e.g. 1400x900"));
+
+    // A screenshot needs no screen: render offscreen when no display is given.
+    if (parser.isSet(screenshotOption) && qEnvironmentVariableIsEmpty("DISPLAY")
+        && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("orlo-browser"));
+    QApplication::setOrganizationName(QStringLiteral("ORLO"));
+    QApplication::setApplicationVersion(QStringLiteral("1.0"));
+
+    applyHostLook(app, parser.isSet(lightOption));
+
+    ThostMainWindow::Settings settings;
+    settings.preferenceDir = parser.isSet(prefsOption)
+        ? QFileInfo(parser.value(prefsOption)).absoluteFilePath()
+        : QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    if (!QDir().mkpath(settings.preferenceDir))
+        return fail(QStringLiteral("cannot create the preference folder %1").arg(settings.preferenceDir));
+    settings.appDir = QCoreApplication::applicationDirPath();
+    const QStringList positional = parser.positionalArguments();
+    if (positional.size() > 1)
+        return fail(QStringLiteral("give at most one folder"));
+    settings.startFolder = positional.isEmpty() ? QDir::homePath() : QFileInfo(positional.first()).absoluteFilePath();
+    if (!QFileInfo(settings.startFolder).isDir())
+        return fail(QStringLiteral("%1 is not a folder").arg(settings.startFolder));
+
+    ThostMainWindow window(settings);
+    window.resize(size);
+
+    if (parser.isSet(screenshotOption)) {
+        const QString file = QFileInfo(parser.value(screenshotOption)).absoluteFilePath();
+        window.show();
+        // The file models list asynchronously: give them a moment on the event loop, then grab.
+        QTimer::singleShot(1500, &window, [&window, file]() {
+            const bool saved = window.grab().save(file, "PNG");
+            if (saved)
+                std::printf("%s\n", qPrintable(file));
+            QCoreApplication::exit(saved ? 0 : 1);
+        });
+        return app.exec();
+    }
+
+    window.show();
+    return app.exec();
+}
