@@ -1,0 +1,171 @@
+#include "TdirectoryFilterProxy.h"
+
+#include "Tmessage.h"
+#include "TprefOptionVar.h"
+#include "Tstring.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QFileSystemModel>
+
+namespace {
+const char* const filterExtensionsKey = "contentBrowserFilterExtensions";
+const char* const clientTag = "TdirectoryFilterProxy";
+const int sizeColumn = 1;
+const int dateModifiedColumn = 3;
+
+// The name rules that never change, compiled once for the process. A regular expression
+// made inside filterAcceptsRow would be compiled again for every row of every pass.
+struct FixedExpressions
+{
+    const QRegularExpression hiddenDot{QStringLiteral("^\\.{1,}\\w{1,}")};
+    const QRegularExpression doubleUnderscore{QStringLiteral("^__{1,}\\w{1,}")};
+    const QRegularExpression resourceScript{
+        QRegularExpression::fromWildcard(QStringLiteral("*_res.py"), Qt::CaseSensitive)};
+};
+
+const FixedExpressions& fixedExpressions()
+{
+    static const FixedExpressions expressions;
+    return expressions;
+}
+
+// A drive or "/" sorts by its full path; every other entry by the name the view shows. Only
+// a root's shown name can hold a separator or a drive colon, so other names skip the path.
+QString sortName(const QFileSystemModel& model, const QModelIndex& index)
+{
+    const QString name = model.data(index, Qt::DisplayRole).toString();
+    if (name.contains(QLatin1Char('/')) || name.contains(QLatin1Char(':')) || name.contains(QLatin1Char('\\'))) {
+        const QString path = model.filePath(index);
+        if (QFileInfo(path).isRoot())
+            return path;
+    }
+    return name;
+}
+} // namespace
+
+TdirectoryFilterProxy::TdirectoryFilterProxy(QObject* parent)
+    : QSortFilterProxyModel(parent)
+    , m_searchPattern(QStringLiteral("*"))
+    , m_searchExpression(QRegularExpression::fromWildcard(m_searchPattern, Qt::CaseInsensitive))
+{
+    TprefOptionVar::addClient(Tstring(filterExtensionsKey), this, clientTag, &TdirectoryFilterProxy::onOptionVarChanged);
+
+    Tstring extensions("icon");
+    if (TprefOptionVar::optionVarExists(Tstring(filterExtensionsKey)))
+        TprefOptionVar::getOptionVarValue(Tstring(filterExtensionsKey), extensions);
+    // Nothing is listed yet, so there is nothing to filter again.
+    setExtensions(extensions, false);
+}
+
+TdirectoryFilterProxy::~TdirectoryFilterProxy()
+{
+    TprefOptionVar::removeClient(Tstring(filterExtensionsKey), this, clientTag);
+}
+
+QVariant TdirectoryFilterProxy::data(const QModelIndex& index, int role) const
+{
+    const QAbstractItemModel* source = sourceModel();
+    if (!source)
+        return QVariant();
+    const QModelIndex sourceIndex = mapToSource(index);
+    if (role == Qt::DecorationRole) {
+        const QVariant temporaryIcon = source->data(sourceIndex, Qt::UserRole);
+        if (!temporaryIcon.isNull() && temporaryIcon.isValid())
+            return temporaryIcon;
+    }
+    return source->data(sourceIndex, role);
+}
+
+void TdirectoryFilterProxy::setSourceModel(QAbstractItemModel* sourceModel)
+{
+    QSortFilterProxyModel::setSourceModel(sourceModel);
+}
+
+void TdirectoryFilterProxy::filterFiles(const QModelIndex& baseFolder, const QString& text)
+{
+    m_baseFolder = baseFolder;
+    const QString pattern = text.isEmpty() ? QStringLiteral("*") : QLatin1Char('*') + text + QLatin1Char('*');
+    if (pattern != m_searchPattern) {
+        m_searchPattern = pattern;
+        m_searchExpression = QRegularExpression::fromWildcard(m_searchPattern, Qt::CaseInsensitive);
+    }
+    invalidateFilter();
+}
+
+bool TdirectoryFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
+{
+    const QAbstractItemModel* source = sourceModel();
+    if (!source)
+        return false;
+    const QModelIndex index = source->index(sourceRow, 0, sourceParent);
+    if (!index.isValid())
+        return false;
+    const QString name = source->data(index, Qt::DisplayRole).toString();
+    const FixedExpressions& fixed = fixedExpressions();
+
+    // Each fixed rule can only match a name with that start or end, so the cheap test
+    // decides most names without running the expression.
+    if (name.startsWith(QLatin1Char('.')) && fixed.hiddenDot.match(name).hasMatch())
+        return false;
+    // An invalid expression matches nothing; asking it anyway would only raise a warning.
+    if (m_extensionExpression && m_extensionExpression->isValid() && m_extensionExpression->match(name).hasMatch())
+        return false;
+    if (name.startsWith(QLatin1String("__")) && fixed.doubleUnderscore.match(name).hasMatch())
+        return false;
+    if (name.endsWith(QLatin1String("_res.py")) && fixed.resourceScript.match(name).hasMatch())
+        return false;
+    if (m_baseFolder.isValid() && m_baseFolder == sourceParent && !m_searchExpression.match(name).hasMatch())
+        return false;
+    return true;
+}
+
+bool TdirectoryFilterProxy::lessThan(const QModelIndex& left, const QModelIndex& right) const
+{
+    const auto* model = qobject_cast<const QFileSystemModel*>(sourceModel());
+    switch (left.column()) {
+    case sizeColumn: {
+        const qint64 leftSize = model ? model->size(left) : 0;
+        const qint64 rightSize = model ? model->size(right) : 0;
+        return leftSize < rightSize;
+    }
+    case dateModifiedColumn: {
+        const QDateTime leftTime = model ? model->lastModified(left) : QDateTime();
+        const QDateTime rightTime = model ? model->lastModified(right) : QDateTime();
+        return leftTime < rightTime;
+    }
+    default: {
+        const QString leftName = model ? sortName(*model, left) : QString();
+        const QString rightName = model ? sortName(*model, right) : QString();
+        return QString::localeAwareCompare(leftName, rightName) < 0;
+    }
+    }
+}
+
+void TdirectoryFilterProxy::setExtensions(const Tstring& extensions, bool filterAgain)
+{
+    if (extensions.isEmpty()) {
+        // Dropping the filter only hides less; the listing catches up at the next pass.
+        m_extensionExpression.reset();
+        return;
+    }
+    if (!m_extensionExpression)
+        m_extensionExpression = std::make_shared<QRegularExpression>();
+    // The value is an alternation of extensions and is used unescaped.
+    m_extensionExpression->setPattern(QStringLiteral(".*\\.(") + Tstring_toQString(extensions) + QLatin1Char(')'));
+    m_extensionExpression->setPatternOptions(QRegularExpression::CaseInsensitiveOption);
+    if (filterAgain)
+        invalidateFilter();
+}
+
+void TdirectoryFilterProxy::onOptionVarChanged(Tclient* client, const Tmessage& message)
+{
+    if (message.name() != filterExtensionsKey)
+        return;
+    Tstring extensions;
+    // A removed variable, or one that no longer holds a string, cannot be read: the
+    // previous filter stays in force.
+    if (!TprefOptionVar::getOptionVarValue(Tstring(filterExtensionsKey), extensions))
+        return;
+    static_cast<TdirectoryFilterProxy*>(client)->setExtensions(extensions, true);
+}

@@ -1,0 +1,85 @@
+#include "TfileSystemModel.h"
+
+#include "TuiScale.h"
+
+#include <QFileInfo>
+#include <QLatin1String>
+
+namespace {
+const int sizeColumn = 1;
+const int sizeColumnAlignment = Qt::AlignVCenter | Qt::AlignJustify;
+const int headerAlignment = Qt::AlignLeft | Qt::AlignVCenter;
+
+// Folders the host writes next to the user's files; alone they make no expansion arrow.
+bool isPrivateFolderName(const QString& name)
+{
+    return name.compare(QLatin1String(".velaSwatches"), Qt::CaseInsensitive) == 0
+        || name.compare(QLatin1String("__pycache__"), Qt::CaseInsensitive) == 0;
+}
+} // namespace
+
+TfileSystemModel::TfileSystemModel(const TassetBrowserOptions* options, QObject* parent)
+    : QFileSystemModel(parent)
+    , m_headerSize(TuiScale::size(options, QSize(0, 21)))
+{
+    // The override index is stored by value: once the listing shows another folder the
+    // same row and identifier may name a different file.
+    connect(this, &QFileSystemModel::rootPathChanged, this, &TfileSystemModel::clearOverride);
+}
+
+TfileSystemModel::~TfileSystemModel() = default;
+
+bool TfileSystemModel::hasChildren(const QModelIndex& parent) const
+{
+    if (!QFileSystemModel::hasChildren(parent))
+        return false;
+    if (canFetchMore(parent))
+        const_cast<TfileSystemModel*>(this)->fetchMore(parent);
+
+    const int rows = rowCount(parent);
+    for (int row = 0; row < rows; ++row) {
+        const QModelIndex child = index(row, 0, parent);
+        const QString name = child.model()->data(child, Qt::DisplayRole).toString();
+        // Deliberately the bare name, not the child's path: this is the long-standing answer
+        // the tree's arrows are built on.
+        if (!QFileInfo(name).isFile() && !isPrivateFolderName(name))
+            return true;
+    }
+    return false;
+}
+
+QVariant TfileSystemModel::data(const QModelIndex& index, int role) const
+{
+    if (role == Qt::UserRole)
+        return index == m_overrideIndex ? m_overrideValue : QVariant();
+    if (role == Qt::TextAlignmentRole && index.column() == sizeColumn)
+        return sizeColumnAlignment;
+    return QFileSystemModel::data(index, role);
+}
+
+bool TfileSystemModel::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    if (!index.isValid())
+        return false;
+    if (role == Qt::UserRole) {
+        m_overrideIndex = index;
+        m_overrideValue = value;
+        return true;
+    }
+    return QFileSystemModel::setData(index, value, role);
+}
+
+QVariant TfileSystemModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (role == Qt::TextAlignmentRole)
+        return headerAlignment;
+    if (role == Qt::SizeHintRole)
+        return m_headerSize;
+    return QFileSystemModel::headerData(section, orientation, role);
+}
+
+void TfileSystemModel::clearOverride()
+{
+    m_overrideIndex = QModelIndex();
+    m_overrideValue = QVariant();
+}
