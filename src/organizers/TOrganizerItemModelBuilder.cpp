@@ -1,0 +1,3 @@
+#include "TOrganizerItemModelBuilder.h"
+
+TOrganizerItemModelBuilder::~TOrganizerItemModelBuilder() = default;
