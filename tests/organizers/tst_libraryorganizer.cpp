@@ -1,0 +1,493 @@
+#include "TOrganizerItemModel.h"
+#include "TbrowserStrings.h"
+#include "TlibraryItemDelegate.h"
+#include "TlibraryOrganizer.h"
+#include "TrecordingHost.h"
+
+#include "Tstring.h"
+#include "VelaEnv.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QStandardItem>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QPointer>
+#include <QTreeView>
+
+namespace {
+
+const char* const kVariables[] = {"VELA_CONTENT_PATH", "VELA_LOCATION", "MOTE_LOCATION"};
+
+QString env(const char* name)
+{
+    return Tstring_toQString(VelaGetEnv(Tstring(name)));
+}
+
+void setEnv(const char* name, const QString& value)
+{
+    Tstring text;
+    Tstring_fromQString(value, text);
+    VelaPutEnv(Tstring(name), text);
+}
+
+void makeFolders(const QString& root, const QStringList& entries)
+{
+    QDir dir(root);
+    for (const QString& entry : entries) {
+        if (entry.endsWith(QLatin1Char('/'))) {
+            QVERIFY2(dir.mkpath(entry), qPrintable(entry));
+            continue;
+        }
+        dir.mkpath(QFileInfo(dir.filePath(entry)).path());
+        QFile file(dir.filePath(entry));
+        QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(entry));
+    }
+}
+
+QStringList rootTexts(const TlibraryOrganizer& organizer)
+{
+    QStringList texts;
+    const TOrganizerItemModel* model = organizer.model();
+    for (int row = 0; row < model->rowCount(); ++row)
+        texts << model->item(row)->text();
+    return texts;
+}
+
+struct ShownBox
+{
+    QString text;
+    QMessageBox::Icon icon;
+    QMessageBox::StandardButtons buttons;
+    bool modal;
+};
+
+// The message boxes on screen, each noted and then closed with its Ok button.
+QList<ShownBox> takeShownBoxes()
+{
+    QList<ShownBox> shown;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows) {
+        auto* box = qobject_cast<QMessageBox*>(window);
+        if (!box || !box->isVisible())
+            continue;
+        shown << ShownBox{box->windowTitle() + QLatin1String(" | ") + box->text(), box->icon(),
+                          box->standardButtons(), box->isModal()};
+        if (QAbstractButton* ok = box->button(QMessageBox::Ok))
+            ok->click();
+        else
+            box->reject();
+    }
+    return shown;
+}
+
+} // namespace
+
+class TestLibraryOrganizer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void rootsFollowTheEnvironment_data();
+    void rootsFollowTheEnvironment();
+    void addAndRemoveWriteTheVariable_data();
+    void addAndRemoveWriteTheVariable();
+    void addedRootsOutliveTheOrganizer();
+    void selectByPath_data();
+    void selectByPath();
+    void renameRefusals_data();
+    void renameRefusals();
+    void rootsCannotBeRenamed();
+    void folderImagesFollowExpansion();
+    void refreshRebuildsFromTheEnvironment();
+    void tabChangeReportsTheSelection();
+
+private:
+    QString expand(QString text) const { return text.replace(QLatin1String("$T"), m_root); }
+    QStringList expandAll(const QStringList& texts) const
+    {
+        QStringList out;
+        for (const QString& text : texts)
+            out << expand(text);
+        return out;
+    }
+
+    QHash<QString, QString> m_savedEnv;
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_root;
+};
+
+void TestLibraryOrganizer::init()
+{
+    m_savedEnv.clear();
+    for (const char* name : kVariables) {
+        m_savedEnv.insert(QString::fromLatin1(name), env(name));
+        setEnv(name, QString());
+    }
+    m_dir = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_dir->isValid());
+    // Children are listed under canonical paths; the roots must use the same spelling.
+    m_root = QFileInfo(m_dir->path()).canonicalFilePath();
+}
+
+void TestLibraryOrganizer::cleanup()
+{
+    for (auto it = m_savedEnv.cbegin(); it != m_savedEnv.cend(); ++it)
+        setEnv(it.key().toLatin1().constData(), it.value());
+    m_dir.reset();
+}
+
+void TestLibraryOrganizer::rootsFollowTheEnvironment_data()
+{
+    QTest::addColumn<QStringList>("folders");
+    QTest::addColumn<QString>("contentPath");
+    QTest::addColumn<QString>("hostLocation");
+    QTest::addColumn<QString>("pluginLocation");
+    QTest::addColumn<QStringList>("roots");
+
+    const QStringList all{"lib/", "more_rigs_v2/", "host/Examples/", "mote/MOTE Examples/", "User_Library/"};
+    QTest::newRow("nothing set") << all << "" << "$T/host" << "$T/mote" << QStringList{};
+    QTest::newRow("content path only") << all << "$T/more_rigs_v2;$T/lib" << "" << ""
+                                       << QStringList{"more rigs v2", "lib"};
+    QTest::newRow("host examples moved first")
+        << all << "$T/lib;$T/host/Examples" << "$T/host" << "" << QStringList{"Examples", "lib"};
+    QTest::newRow("host location ending in a slash")
+        << all << "$T/lib;$T/host/Examples" << "$T/host/" << "" << QStringList{"Examples", "lib"};
+    QTest::newRow("examples entry ending in a slash")
+        << all << "$T/lib;$T/host/Examples/" << "$T/host" << "" << QStringList{"Examples", "lib"};
+    QTest::newRow("host examples not named") << all << "$T/lib" << "$T/host" << "$T/mote" << QStringList{"lib"};
+    QTest::newRow("plug-in examples moved first")
+        << all << "$T/lib;$T/mote/MOTE Examples" << "" << "$T/mote" << QStringList{"MOTE Examples", "lib"};
+    QTest::newRow("host before plug-in")
+        << all << "$T/lib;$T/mote/MOTE Examples;$T/more_rigs_v2;$T/host/Examples" << "$T/host" << "$T/mote"
+        << QStringList{"Examples", "MOTE Examples", "lib", "more rigs v2"};
+    QTest::newRow("locations set, examples elsewhere")
+        << all << "$T/host/Examples;$T/lib" << "$T/other" << "$T/mote" << QStringList{"Examples", "lib"};
+    QTest::newRow("user library stays last")
+        << all << "$T/User_Library;$T/lib;$T/host/Examples;$T/more_rigs_v2" << "$T/host" << ""
+        << QStringList{"Examples", "lib", "more rigs v2", "User Library"};
+    QTest::newRow("empty and missing entries")
+        << all << ";$T/missing;;$T/lib;" << "" << "" << QStringList{"lib"};
+    QTest::newRow("a root listed twice") << all << "$T/lib;$T/lib" << "" << "" << QStringList{"lib", "lib"};
+    QTest::newRow("missing examples folder named")
+        << QStringList{"lib/"} << "$T/host/Examples;$T/lib" << "$T/host" << "" << QStringList{"lib"};
+}
+
+void TestLibraryOrganizer::rootsFollowTheEnvironment()
+{
+    QFETCH(QStringList, folders);
+    QFETCH(QString, contentPath);
+    QFETCH(QString, hostLocation);
+    QFETCH(QString, pluginLocation);
+    QFETCH(QStringList, roots);
+
+    makeFolders(m_root, folders);
+    setEnv("VELA_CONTENT_PATH", expand(contentPath));
+    setEnv("VELA_LOCATION", expand(hostLocation));
+    setEnv("MOTE_LOCATION", expand(pluginLocation));
+
+    TlibraryOrganizer organizer(nullptr);
+    organizer.loadLibraryRoots();
+    QVERIFY2(rootTexts(organizer) == roots,
+             qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), rootTexts(organizer).join('|'))));
+    for (int row = 0; row < organizer.model()->rowCount(); ++row) {
+        const QString path = organizer.model()->item(row)->data(TOrganizerItemModel::FolderPathRole).toString();
+        QVERIFY2(organizer.rootPaths().contains(path), qPrintable(path));
+    }
+    // Loading only reads the environment.
+    QVERIFY2(env("VELA_CONTENT_PATH") == expand(contentPath), QTest::currentDataTag());
+}
+
+void TestLibraryOrganizer::addAndRemoveWriteTheVariable_data()
+{
+    QTest::addColumn<QString>("contentPath");
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QString>("written");
+    QTest::addColumn<QStringList>("roots");
+
+    QTest::newRow("add to an unset variable") << "" << "add" << "$T/a" << ";$T/a" << QStringList{"a"};
+    QTest::newRow("add several, skipping empty parts")
+        << "$T/a" << "add" << "$T/b;;$T/c;" << "$T/a;$T/b;$T/c" << QStringList{"a", "b", "c"};
+    QTest::newRow("add a path that is already a root") << "$T/a" << "add" << "$T/a" << "$T/a" << QStringList{"a"};
+    QTest::newRow("add a missing folder") << "$T/a" << "add" << "$T/gone" << "$T/a" << QStringList{"a"};
+    QTest::newRow("add one path twice") << "" << "add" << "$T/b;$T/b" << ";$T/b" << QStringList{"b"};
+    QTest::newRow("add before the user library")
+        << "$T/User_Library" << "add" << "$T/b" << "$T/User_Library;$T/b" << QStringList{"b", "User Library"};
+    QTest::newRow("add keeps an unshown entry") << "$T/gone;$T/a" << "add" << "$T/b" << "$T/gone;$T/a;$T/b"
+                                                << QStringList{"a", "b"};
+    QTest::newRow("remove one") << "$T/a;$T/b;$T/c" << "remove" << "$T/b" << "$T/a;$T/c" << QStringList{"a", "c"};
+    QTest::newRow("remove several") << "$T/a;$T/b;$T/c" << "remove" << "$T/c;;$T/a" << "$T/b" << QStringList{"b"};
+    QTest::newRow("remove drops empty entries") << ";$T/a;;$T/b" << "remove" << "$T/a" << "$T/b" << QStringList{"b"};
+    QTest::newRow("remove a root listed twice") << "$T/a;$T/b;$T/a" << "remove" << "$T/a" << "$T/b"
+                                                << QStringList{"b"};
+    QTest::newRow("remove an entry that was never shown")
+        << "$T/a;$T/gone" << "remove" << "$T/gone" << "$T/a" << QStringList{"a"};
+    QTest::newRow("remove the last entry") << "$T/a" << "remove" << "$T/a" << "" << QStringList{};
+    QTest::newRow("remove an unknown path") << "$T/a" << "remove" << "$T/zz" << "$T/a" << QStringList{"a"};
+}
+
+void TestLibraryOrganizer::addAndRemoveWriteTheVariable()
+{
+    QFETCH(QString, contentPath);
+    QFETCH(QString, operation);
+    QFETCH(QString, argument);
+    QFETCH(QString, written);
+    QFETCH(QStringList, roots);
+
+    makeFolders(m_root, {"a/", "b/", "c/", "User_Library/"});
+    setEnv("VELA_CONTENT_PATH", expand(contentPath));
+    TlibraryOrganizer organizer(nullptr);
+    organizer.loadLibraryRoots();
+
+    if (operation == QLatin1String("add"))
+        organizer.addLibraryPaths(expand(argument));
+    else
+        organizer.removeLibraryPaths(expand(argument));
+
+    QVERIFY2(env("VELA_CONTENT_PATH") == expand(written),
+             qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), env("VELA_CONTENT_PATH"))));
+    QVERIFY2(rootTexts(organizer) == roots,
+             qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), rootTexts(organizer).join('|'))));
+}
+
+void TestLibraryOrganizer::addedRootsOutliveTheOrganizer()
+{
+    makeFolders(m_root, {"a/", "b/"});
+    {
+        TlibraryOrganizer first(nullptr);
+        first.loadLibraryRoots();
+        first.addLibraryPaths(m_root + "/b;" + m_root + "/a");
+    }
+    TlibraryOrganizer second(nullptr);
+    second.loadLibraryRoots();
+    QCOMPARE(rootTexts(second), (QStringList{"b", "a"}));
+    second.removeLibraryPaths(m_root + "/b");
+    TlibraryOrganizer third(nullptr);
+    third.loadLibraryRoots();
+    QCOMPARE(rootTexts(third), QStringList{"a"});
+}
+
+void TestLibraryOrganizer::selectByPath_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<bool>("allowFetching");
+    QTest::addColumn<QString>("selected");
+
+    const QString deep = "$T/lib/Characters/Hero_Rigs/Walk_Cycles";
+    QTest::newRow("three levels down") << deep << true << deep;
+    QTest::newRow("three levels down, no fetching") << deep << false << "";
+    QTest::newRow("a root") << "$T/lib" << false << "$T/lib";
+    QTest::newRow("a root ending in a slash") << "$T/lib/" << false << "$T/lib";
+    QTest::newRow("other case, spaces for underscores")
+        << "$T/LIB/characters/hero rigs" << true << "$T/lib/Characters/Hero_Rigs";
+    QTest::newRow("the same name under another folder") << "$T/lib/Props/Hero_Rigs" << true << "";
+    QTest::newRow("a missing folder") << "$T/lib/Characters/Nobody" << true << "";
+    QTest::newRow("a hidden folder") << "$T/lib/.velaSwatches" << true << "";
+    QTest::newRow("outside the library") << "/usr/share" << true << "";
+    QTest::newRow("empty") << "" << true << "";
+    QTest::newRow("second root") << "$T/other_lib/Characters" << true << "$T/other_lib/Characters";
+}
+
+void TestLibraryOrganizer::selectByPath()
+{
+    QFETCH(QString, path);
+    QFETCH(bool, allowFetching);
+    QFETCH(QString, selected);
+
+    makeFolders(m_root, {"lib/Characters/Hero_Rigs/Walk_Cycles/", "lib/Props/", "lib/.velaSwatches/x/",
+                         "other_lib/Characters/"});
+    setEnv("VELA_CONTENT_PATH", m_root + "/lib;" + m_root + "/other_lib");
+    TlibraryOrganizer organizer(nullptr);
+    organizer.loadLibraryRoots();
+    organizer.resize(300, 400);
+    organizer.show();
+    QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
+
+    const bool found = organizer.selectPath(expand(path), allowFetching);
+    const QString tag = QString::fromLatin1(QTest::currentDataTag());
+    QVERIFY2(found == !selected.isEmpty(), qPrintable(tag));
+    QVERIFY2(organizer.selectedFolder() == expand(selected), qPrintable(tag + ": " + organizer.selectedFolder()));
+    if (selected.isEmpty()) {
+        QVERIFY2(chosen.isEmpty(), qPrintable(tag));
+        if (!allowFetching)
+            QVERIFY2(organizer.model()->item(0)->rowCount() == 0, qPrintable(tag));
+        return;
+    }
+    QVERIFY2(chosen.size() == 1 && chosen.first().first().toString() == expand(selected), qPrintable(tag));
+    const QModelIndex current = organizer.view()->currentIndex();
+    QVERIFY2(current.data(TOrganizerItemModel::FolderPathRole).toString() == expand(selected), qPrintable(tag));
+    QVERIFY2(organizer.view()->selectionModel()->selectedIndexes() == QModelIndexList{current}, qPrintable(tag));
+    for (QModelIndex index = current; index.isValid(); index = index.parent())
+        QVERIFY2(organizer.view()->isExpanded(index), qPrintable(tag));
+}
+
+void TestLibraryOrganizer::renameRefusals_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<QString>("folderAfter");
+    QTest::addColumn<QString>("textAfter");
+
+    const QString forbidden = kContentBrowserEditRefused.asQString() + " | "
+        + kContentBrowserEditRefusedMessageForbidden.asQString();
+    const QString duplicate = kContentBrowserEditRefused.asQString() + " | "
+        + kContentBrowserEditRefusedMessageDuplicate.asQString();
+
+    QTest::newRow("reserved name") << "Examples" << forbidden << "lib/Mine" << "Mine";
+    QTest::newRow("reserved name, other case") << "mote examples" << forbidden << "lib/Mine" << "Mine";
+    QTest::newRow("reserved name with underscores") << "Motion_capture" << forbidden << "lib/Mine" << "Mine";
+    QTest::newRow("name of another container") << "Rigs" << duplicate << "lib/Mine" << "Mine";
+    QTest::newRow("name of a container in another root") << "Shared" << duplicate << "lib/Mine" << "Mine";
+    QTest::newRow("name of a hidden folder on disk") << "__cache" << duplicate << "lib/Mine" << "Mine";
+    QTest::newRow("name of a content folder elsewhere") << "Scenes" << "" << "lib/Scenes" << "Scenes";
+    QTest::newRow("a new name") << "My_Rigs" << "" << "lib/My_Rigs" << "My Rigs";
+    QTest::newRow("unchanged") << "Mine" << "" << "lib/Mine" << "Mine";
+    QTest::newRow("blank") << "   " << "" << "lib/Mine" << "Mine";
+}
+
+void TestLibraryOrganizer::renameRefusals()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, box);
+    QFETCH(QString, folderAfter);
+    QFETCH(QString, textAfter);
+    const QString tag = QString::fromLatin1(QTest::currentDataTag());
+
+    makeFolders(m_root, {"lib/Mine/inner/", "lib/Rigs/", "lib/__cache/", "other/Scenes/a.ma", "other/Shared/"});
+    setEnv("VELA_CONTENT_PATH", m_root + "/lib;" + m_root + "/other");
+    TlibraryOrganizer organizer(nullptr);
+    organizer.loadLibraryRoots();
+    organizer.resize(300, 400);
+    organizer.show();
+    QVERIFY(QTest::qWaitForWindowActive(&organizer));
+    QVERIFY(organizer.selectPath(m_root + "/other/Scenes"));
+    QVERIFY(organizer.selectPath(m_root + "/lib/Mine/inner"));
+    QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
+
+    QStandardItem* mine = organizer.model()->findItemsByText(QStringLiteral("Mine")).value(0);
+    QVERIFY(mine);
+    QTreeView* view = organizer.view();
+    view->setCurrentIndex(mine->index());
+    view->edit(mine->index());
+    auto* editor = view->viewport()->findChild<QLineEdit*>();
+    QVERIFY2(editor, qPrintable(tag));
+    editor->setText(name);
+
+    QPointer<QLineEdit> editing(editor);
+    QTest::keyClick(editor, Qt::Key_Return);
+    QTRY_VERIFY2(editing.isNull() || !editing->isVisible(), qPrintable(tag));
+    // The box takes the focus from the closing editor; that must not bring a second box.
+    QCoreApplication::processEvents();
+
+    const QList<ShownBox> shown = takeShownBoxes();
+    QStringList texts;
+    for (const ShownBox& one : shown)
+        texts << one.text;
+    QVERIFY2(texts == (box.isEmpty() ? QStringList{} : QStringList{box}), qPrintable(tag + ": " + texts.join(" / ")));
+    if (!box.isEmpty()) {
+        QVERIFY2(shown.first().icon == QMessageBox::Warning, qPrintable(tag));
+        QVERIFY2(shown.first().buttons == QMessageBox::Ok, qPrintable(tag));
+        QVERIFY2(shown.first().modal, qPrintable(tag));
+    }
+    QVERIFY2(QFileInfo(m_root + '/' + folderAfter).isDir(), qPrintable(tag));
+    QVERIFY2(mine->text() == textAfter, qPrintable(tag + ": " + mine->text()));
+    const QString pathAfter = m_root + '/' + folderAfter;
+    QVERIFY2(mine->data(TOrganizerItemModel::FolderPathRole).toString() == pathAfter, qPrintable(tag));
+    const bool renamed = folderAfter != QLatin1String("lib/Mine");
+    QVERIFY2(QFileInfo(m_root + "/lib/Mine").exists() == !renamed, qPrintable(tag));
+    if (renamed) {
+        // The old children pointed into the old name; they are listed again (the expanded view
+        // may already have asked for them).
+        QVERIFY2(chosen.size() == 1 && chosen.first().first().toString() == pathAfter, qPrintable(tag));
+        if (organizer.model()->canFetchMore(mine->index()))
+            organizer.model()->fetchMore(mine->index());
+        QVERIFY2(mine->rowCount() == 1, qPrintable(tag));
+        QVERIFY2(mine->child(0)->data(TOrganizerItemModel::FolderPathRole).toString() == pathAfter + "/inner",
+                 qPrintable(tag));
+    } else {
+        QVERIFY2(chosen.isEmpty(), qPrintable(tag));
+    }
+}
+
+void TestLibraryOrganizer::rootsCannotBeRenamed()
+{
+    makeFolders(m_root, {"lib/Mine/"});
+    setEnv("VELA_CONTENT_PATH", m_root + "/lib");
+    TlibraryOrganizer organizer(nullptr);
+    organizer.loadLibraryRoots();
+    organizer.model()->fetchMore(organizer.model()->index(0, 0));
+    QVERIFY(!(organizer.model()->item(0)->flags() & Qt::ItemIsEditable));
+    QVERIFY(organizer.model()->item(0)->child(0)->flags() & Qt::ItemIsEditable);
+    QVERIFY(organizer.itemDelegate()->reservedNames().contains(QStringLiteral("Examples")));
+    QVERIFY(organizer.itemDelegate()->reservedNames().contains(QStringLiteral("MOTE Examples")));
+}
+
+void TestLibraryOrganizer::folderImagesFollowExpansion()
+{
+    makeFolders(m_root, {"lib/a/b/"});
+    setEnv("VELA_CONTENT_PATH", m_root + "/lib");
+    TrecordingHost host;
+    const TassetBrowserOptions options = host.options();
+    TlibraryOrganizer organizer(&options);
+    organizer.loadLibraryRoots();
+    QCOMPARE(host.calls.filter("CB_Folder"), QStringList{"pixmap CB_FolderRegularClosed.png"});
+
+    host.calls.clear();
+    const QModelIndex root = organizer.model()->index(0, 0);
+    organizer.view()->expand(root);
+    QCOMPARE(host.calls.filter("CB_Folder"), QStringList{"pixmap CB_FolderRegularOpen.png"});
+
+    host.calls.clear();
+    organizer.view()->collapse(root);
+    QCOMPARE(host.calls.filter("CB_Folder"), QStringList{"pixmap CB_FolderRegularClosed.png"});
+}
+
+void TestLibraryOrganizer::refreshRebuildsFromTheEnvironment()
+{
+    makeFolders(m_root, {"a/x/", "b/"});
+    setEnv("VELA_CONTENT_PATH", m_root + "/a");
+    TlibraryOrganizer organizer(nullptr);
+    organizer.loadLibraryRoots();
+    QVERIFY(organizer.selectPath(m_root + "/a/x"));
+
+    setEnv("VELA_CONTENT_PATH", m_root + "/b;" + m_root + "/a");
+    organizer.refreshLibrary();
+    QCOMPARE(rootTexts(organizer), (QStringList{"b", "a"}));
+    QCOMPARE(organizer.selectedFolder(), QString());
+    QVERIFY(!organizer.view()->currentIndex().isValid());
+    QCOMPARE(organizer.rootPaths(), (QSet<QString>{m_root + "/a", m_root + "/b"}));
+}
+
+void TestLibraryOrganizer::tabChangeReportsTheSelection()
+{
+    makeFolders(m_root, {"a/x/"});
+    setEnv("VELA_CONTENT_PATH", m_root + "/a");
+    TlibraryOrganizer organizer(nullptr);
+    organizer.loadLibraryRoots();
+    QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
+
+    organizer.tabBecameCurrent();
+    QCOMPARE(chosen.size(), 0);
+    QVERIFY(organizer.selectPath(m_root + "/a/x"));
+    organizer.tabBecameCurrent();
+    QCOMPARE(chosen.size(), 2);
+    QCOMPARE(chosen.last().first().toString(), m_root + "/a/x");
+
+    organizer.unselectLibraryItem();
+    QCOMPARE(organizer.selectedFolder(), QString());
+    organizer.tabBecameCurrent();
+    QCOMPARE(chosen.size(), 2);
+}
+
+QTEST_MAIN(TestLibraryOrganizer)
+#include "tst_libraryorganizer.moc"
