@@ -1,0 +1,404 @@
+#include "TUIInventory.h"
+#include "TbrowserToolbar.h"
+#include "TcommandEngine.h"
+#include "TcontentSearchBar.h"
+#include "TcontentWidget.h"
+#include "ThostCommands.h"
+#include "TrecordingHost.h"
+#include "TvslCmdResult.h"
+
+#include <QApplication>
+#include <QListView>
+#include <QMenu>
+#include <QPointer>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSortFilterProxyModel>
+#include <QStandardItemModel>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <memory>
+
+namespace {
+
+// A content widget over a list view, as the browser's own views are.
+class TtestContentWidget : public TcontentWidget
+{
+public:
+    TtestContentWidget(const TassetBrowserOptions* options, const QString& name, QWidget* parent)
+        : TcontentWidget(options, name, parent)
+        , m_view(new QListView(this))
+    {
+        verticalLayout()->addWidget(m_view);
+    }
+
+    QAbstractItemView* contentView() const override { return m_view; }
+    QListView* view() const { return m_view; }
+
+private:
+    QListView* m_view;
+};
+
+QString tabs(int count)
+{
+    return QString(count, QLatin1Char('\t'));
+}
+
+QStringList commandsNamed(const QString& name)
+{
+    QStringList lines;
+    for (const TcommandRecord& entry : TcommandEngine::record()) {
+        if (entry.kind == TcommandRecord::Kind::Command && entry.name == name)
+            lines << entry.command;
+    }
+    return lines;
+}
+
+QStringList allCommands()
+{
+    QStringList lines;
+    for (const TcommandRecord& entry : TcommandEngine::record())
+        lines << entry.command;
+    return lines;
+}
+
+} // namespace
+
+class TestContentWidget : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void helpMenuCommands_data();
+    void helpMenuCommands();
+    void helpMenuIsMadeOnceForAllWidgets();
+    void helpButtonWithoutHostMenu();
+    void helpMenuPosition_data();
+    void helpMenuPosition();
+    void searchRequests_data();
+    void searchRequests();
+    void clearButtonFollowsText();
+    void toolbarLook_data();
+    void toolbarLook();
+
+private:
+    // The host's side: a "menu" command that makes a menu in the host window, named by the
+    // command's last word, and help commands that only accept.
+    void installHelpHost();
+    TtestContentWidget* makeWidget(const QString& name, QWidget* parent = nullptr);
+
+    std::unique_ptr<TfreshHostState> m_state;
+    std::unique_ptr<TrecordingHost> m_host;
+    std::unique_ptr<TassetBrowserOptions> m_options;
+    std::unique_ptr<QWidget> m_window;
+    QList<QPointer<QMenu>> m_madeMenus;
+};
+
+void TestContentWidget::init()
+{
+    m_state = std::make_unique<TfreshHostState>();
+    m_host = std::make_unique<TrecordingHost>();
+    m_options = std::make_unique<TassetBrowserOptions>(m_host->options());
+    m_window = std::make_unique<QWidget>();
+    m_window->setObjectName(QStringLiteral("hostWindow"));
+    new QVBoxLayout(m_window.get());
+    m_window->setGeometry(100, 150, 600, 300);
+    m_madeMenus.clear();
+}
+
+void TestContentWidget::cleanup()
+{
+    // The menus live in the window; with it gone the next test's widgets ask the host anew.
+    m_window.reset();
+    m_options.reset();
+    m_host.reset();
+    m_state.reset();
+}
+
+void TestContentWidget::installHelpHost()
+{
+    TcommandEngine::registerHandler(QStringLiteral("menu"), [this](const QString& line, TvslCmdResult& result) {
+        QStringList words;
+        ThostCommands::tokenize(line, words);
+        auto* menu = new QMenu(m_window.get());
+        menu->setObjectName(words.constLast());
+        menu->addAction(QStringLiteral("Topic"));
+        TUIInventory::registerObject(menu);
+        m_madeMenus << menu;
+        result.setString(menu->objectName());
+        return true;
+    });
+    const auto accept = [](const QString&, TvslCmdResult&) { return true; };
+    TcommandEngine::registerHandler(QStringLiteral("addContextHelpProc"), accept);
+    TcommandEngine::registerHandler(QStringLiteral("doHelpMenuItems"), accept);
+}
+
+TtestContentWidget* TestContentWidget::makeWidget(const QString& name, QWidget* parent)
+{
+    auto* widget = new TtestContentWidget(m_options.get(), name, parent ? parent : m_window.get());
+    if (!parent)
+        m_window->layout()->addWidget(widget);
+    return widget;
+}
+
+void TestContentWidget::helpMenuCommands_data()
+{
+    QTest::addColumn<QString>("windowName");
+    QTest::addColumn<QString>("containerName");
+    QTest::addColumn<QString>("widgetName");
+    QTest::addColumn<QString>("fullName");
+
+    QTest::newRow("named window") << "hostWindow" << "" << "listView" << "hostWindow|listView";
+    QTest::newRow("named container between") << "hostWindow" << "contentPane" << "treeView"
+                                             << "hostWindow|contentPane|treeView";
+    // Names go into the commands as they are, blanks and all.
+    QTest::newRow("blanks are not escaped") << "host window" << "" << "list view" << "host window|list view";
+}
+
+void TestContentWidget::helpMenuCommands()
+{
+    QFETCH(QString, windowName);
+    QFETCH(QString, containerName);
+    QFETCH(QString, widgetName);
+    QFETCH(QString, fullName);
+
+    installHelpHost();
+    m_window->setObjectName(windowName);
+    QWidget* parent = m_window.get();
+    if (!containerName.isEmpty()) {
+        parent = new QWidget(m_window.get());
+        parent->setObjectName(containerName);
+    }
+    TtestContentWidget* widget = makeWidget(widgetName, parent);
+
+    const QString menuCommand = tabs(1) + "menu" + tabs(16) + "-helpMenu true" + tabs(14) + "-tearOff true" + tabs(14)
+        + "-familyImage \"menuIconHelp.png\"" + tabs(9) + "-postMenuCommandOnce false" + tabs(11) + "HelpMenu";
+    const QStringList expected = {
+        menuCommand,
+        "addContextHelpProc \"" + fullName + "\" \"contentBrowserBuildContextHelpItems\"",
+        "doHelpMenuItems \"" + fullName + "\" \"HelpMenu\"",
+    };
+    const QStringList sent = allCommands();
+    QVERIFY2(sent == expected, qPrintable(sent.join(QLatin1String("\n"))));
+    QCOMPARE(m_madeMenus.size(), 1);
+    QCOMPARE(widget->helpMenu(), m_madeMenus.constFirst().data());
+    QCOMPARE(TcontentWidget::helpMenuName(), QStringLiteral("HelpMenu"));
+}
+
+void TestContentWidget::helpMenuIsMadeOnceForAllWidgets()
+{
+    installHelpHost();
+    TtestContentWidget* first = makeWidget(QStringLiteral("listView"));
+    TtestContentWidget* second = makeWidget(QStringLiteral("treeView"));
+
+    QCOMPARE(commandsNamed(QStringLiteral("menu")).size(), 1);
+    QCOMPARE(second->helpMenu(), first->helpMenu());
+    QCOMPARE(commandsNamed(QStringLiteral("addContextHelpProc")),
+             QStringList({"addContextHelpProc \"hostWindow|listView\" \"contentBrowserBuildContextHelpItems\"",
+                          "addContextHelpProc \"hostWindow|treeView\" \"contentBrowserBuildContextHelpItems\""}));
+    QCOMPARE(commandsNamed(QStringLiteral("doHelpMenuItems")),
+             QStringList({"doHelpMenuItems \"hostWindow|listView\" \"HelpMenu\"",
+                          "doHelpMenuItems \"hostWindow|treeView\" \"HelpMenu\""}));
+
+    // Once the host has dropped its menu, the next widget asks for a new one.
+    delete m_madeMenus.constFirst().data();
+    QVERIFY(!first->helpMenu());
+    TtestContentWidget* third = makeWidget(QStringLiteral("thirdView"));
+    QCOMPARE(commandsNamed(QStringLiteral("menu")).size(), 2);
+    QVERIFY(third->helpMenu());
+    QCOMPARE(third->helpMenu(), m_madeMenus.constLast().data());
+}
+
+void TestContentWidget::helpButtonWithoutHostMenu()
+{
+    // No handler: the host makes no menu, so there is nothing to fill and nothing to open.
+    TtestContentWidget* first = makeWidget(QStringLiteral("listView"));
+    m_window->show();
+    QVERIFY(!first->helpMenu());
+    QCOMPARE(commandsNamed(QStringLiteral("menu")).size(), 1);
+    QVERIFY(commandsNamed(QStringLiteral("addContextHelpProc")).isEmpty());
+    QVERIFY(commandsNamed(QStringLiteral("doHelpMenuItems")).isEmpty());
+
+    QTest::mouseClick(first->helpButton(), Qt::LeftButton);
+    QVERIFY(!QApplication::activePopupWidget());
+
+    // Each widget tries again until the host manages.
+    installHelpHost();
+    TtestContentWidget* second = makeWidget(QStringLiteral("treeView"));
+    QCOMPARE(commandsNamed(QStringLiteral("menu")).size(), 2);
+    QVERIFY(second->helpMenu());
+}
+
+void TestContentWidget::helpMenuPosition_data()
+{
+    QTest::addColumn<qreal>("scale");
+    QTest::addColumn<QPoint>("offset");
+    QTest::newRow("100 per cent") << 1.0 << QPoint(-20, 20);
+    // Only the horizontal offset follows the scale.
+    QTest::newRow("200 per cent") << 2.0 << QPoint(-40, 20);
+}
+
+void TestContentWidget::helpMenuPosition()
+{
+    QFETCH(qreal, scale);
+    QFETCH(QPoint, offset);
+    m_host->scale = scale;
+    installHelpHost();
+    TtestContentWidget* widget = makeWidget(QStringLiteral("listView"));
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    QMenu* menu = widget->helpMenu();
+    QVERIFY(menu);
+
+    QPoint openedAt;
+    bool opened = false;
+    QTimer::singleShot(0, menu, [menu, &openedAt, &opened] {
+        opened = menu->isVisible();
+        openedAt = menu->geometry().topLeft();
+        menu->close();
+    });
+    QTest::mouseClick(widget->helpButton(), Qt::LeftButton);
+    QVERIFY(opened);
+    QCOMPARE(openedAt, widget->helpButton()->mapToGlobal(offset));
+}
+
+void TestContentWidget::searchRequests_data()
+{
+    QTest::addColumn<bool>("throughProxy");
+    QTest::addColumn<bool>("withRoot");
+    QTest::newRow("proxy, folder shown") << true << true;
+    QTest::newRow("proxy, top level shown") << true << false;
+    QTest::newRow("model without proxy") << false << true;
+}
+
+void TestContentWidget::searchRequests()
+{
+    QFETCH(bool, throughProxy);
+    QFETCH(bool, withRoot);
+
+    TtestContentWidget* widget = makeWidget(QStringLiteral("listView"));
+    QStandardItemModel source;
+    auto* folder = new QStandardItem(QStringLiteral("folder"));
+    folder->appendRow(new QStandardItem(QStringLiteral("file.ma")));
+    source.appendRow(new QStandardItem(QStringLiteral("other")));
+    source.appendRow(folder);
+    QSortFilterProxyModel proxy;
+    proxy.setSourceModel(&source);
+    if (throughProxy) {
+        widget->view()->setModel(&proxy);
+        if (withRoot)
+            widget->view()->setRootIndex(proxy.mapFromSource(folder->index()));
+    } else {
+        widget->view()->setModel(&source);
+        widget->view()->setRootIndex(folder->index());
+    }
+
+    QSignalSpy searches(widget, &TcontentWidget::newTextSearch);
+    m_window->show();
+    QTest::keyClicks(widget->searchBar(), QStringLiteral("ma"));
+    if (!throughProxy) {
+        QCOMPARE(searches.count(), 0);
+        return;
+    }
+    QCOMPARE(searches.count(), 2);
+    QCOMPARE(searches.at(0).at(1).toString(), QStringLiteral("m"));
+    QCOMPARE(searches.at(1).at(1).toString(), QStringLiteral("ma"));
+    const QModelIndex expected = withRoot ? folder->index() : QModelIndex();
+    for (const QList<QVariant>& search : searches) {
+        const QModelIndex base = search.at(0).value<QModelIndex>();
+        QCOMPARE(base, expected);
+        if (base.isValid())
+            QCOMPARE(base.model(), &source);
+    }
+
+    widget->setSearchText(QString());
+    QCOMPARE(searches.count(), 3);
+    QCOMPARE(searches.at(2).at(1).toString(), QString());
+    widget->view()->setModel(nullptr);
+}
+
+void TestContentWidget::clearButtonFollowsText()
+{
+    TtestContentWidget* widget = makeWidget(QStringLiteral("listView"));
+    QStandardItemModel source;
+    QSortFilterProxyModel proxy;
+    proxy.setSourceModel(&source);
+    widget->view()->setModel(&proxy);
+    m_window->show();
+    TcontentSearchBar* bar = widget->searchBar();
+    QToolButton* clear = bar->clearButton();
+    QVERIFY(!clear->isVisible());
+
+    QTest::keyClick(bar, Qt::Key_A);
+    QVERIFY(clear->isVisible());
+    QTest::keyClick(bar, Qt::Key_B);
+    QVERIFY(clear->isVisible());
+    QTest::keyClick(bar, Qt::Key_Backspace);
+    QVERIFY(clear->isVisible());
+    QTest::keyClick(bar, Qt::Key_Backspace);
+    QVERIFY(!clear->isVisible());
+
+    QTest::keyClicks(bar, QStringLiteral("tree"));
+    QSignalSpy searches(widget, &TcontentWidget::newTextSearch);
+    QTest::mouseClick(clear, Qt::LeftButton);
+    QCOMPARE(bar->text(), QString());
+    QVERIFY(!clear->isVisible());
+    // Clearing is a search for nothing, so the view lists everything again.
+    QCOMPARE(searches.count(), 1);
+    QCOMPARE(searches.at(0).at(1).toString(), QString());
+    widget->view()->setModel(nullptr);
+}
+
+void TestContentWidget::toolbarLook_data()
+{
+    QTest::addColumn<qreal>("scale");
+    QTest::newRow("100 per cent") << 1.0;
+    QTest::newRow("200 per cent") << 2.0;
+}
+
+void TestContentWidget::toolbarLook()
+{
+    QFETCH(qreal, scale);
+    m_host->scale = scale;
+    TtestContentWidget* widget = makeWidget(QStringLiteral("listView"));
+    m_window->show();
+
+    // The gear starts the strip; the search field and the help button end it.
+    TbrowserToolbar* toolbar = widget->toolbar();
+    QCOMPARE(toolbar->groupWidgets(TbrowserToolbar::LeftSide), QList<QWidget*>{widget->gearButton()});
+    QCOMPARE(toolbar->groupWidgets(TbrowserToolbar::RightSide),
+             (QList<QWidget*>{widget->searchBar(), widget->helpButton()}));
+    QVERIFY(toolbar->overflowWidgets().isEmpty());
+
+    TcontentSearchBar* bar = widget->searchBar();
+    QCOMPARE(bar->size(), QSize(125, 20) * scale);
+    QCOMPARE(bar->sizePolicy().horizontalPolicy(), QSizePolicy::Fixed);
+    QCOMPARE(bar->sizePolicy().verticalPolicy(), QSizePolicy::Fixed);
+    QCOMPARE(bar->placeholderText(), QStringLiteral("Search"));
+    QCOMPARE(bar->styleSheet(), QStringLiteral("QLineEdit\t{ border: none; } "));
+    QCOMPARE(bar->clearButton()->styleSheet(), QStringLiteral("QToolButton {border: none; padding: 0px;}"));
+    QCOMPARE(bar->clearButton()->iconSize(), QSize(20, 20) * scale);
+    QCOMPARE(widget->helpButton()->size(), QSize(20, 20) * scale);
+    QVERIFY(m_host->calls.contains(QStringLiteral("pixmap CB_Clear.png")));
+    QVERIFY(m_host->calls.contains(QStringLiteral("pixmap help.png")));
+
+    // The clear button sits at the right end, centred, and typed text stops short of it.
+    QTest::keyClicks(bar, QStringLiteral("x"));
+    const QRect button = bar->clearButton()->geometry();
+    const QString where = QStringLiteral("clear button at %1,%2 %3x%4 in a bar of %5x%6")
+                              .arg(button.x()).arg(button.y()).arg(button.width()).arg(button.height())
+                              .arg(bar->width()).arg(bar->height());
+    QVERIFY2(button.right() == bar->rect().right() - 1, qPrintable(where));
+    QVERIFY2(qAbs(button.center().y() - bar->rect().center().y()) <= 1, qPrintable(where));
+    QVERIFY2(bar->textMargins().right() >= button.width(), qPrintable(where));
+    QVERIFY2(bar->clearButton()->cursor().shape() == Qt::ArrowCursor, qPrintable(where));
+}
+
+QTEST_MAIN(TestContentWidget)
+#include "tst_contentwidget.moc"
