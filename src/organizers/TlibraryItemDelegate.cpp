@@ -23,22 +23,25 @@ TlibraryItemDelegate::~TlibraryItemDelegate() = default;
 QStringList TlibraryItemDelegate::exampleFolderNames()
 {
     return {
-        QStringLiteral("Examples"),    QStringLiteral("MOTE Examples"), QStringLiteral("Animation"),
-        QStringLiteral("Characters"),  QStringLiteral("Cloth"),         QStringLiteral("Crowds"),
-        QStringLiteral("Dynamics"),    QStringLiteral("Effects"),       QStringLiteral("Environments"),
-        QStringLiteral("Fluids"),      QStringLiteral("Hair"),          QStringLiteral("Lighting"),
-        QStringLiteral("Materials"),   QStringLiteral("Modeling"),      QStringLiteral("Motion Capture"),
-        QStringLiteral("Particles"),   QStringLiteral("Props"),         QStringLiteral("Rendering"),
-        QStringLiteral("Rigging"),     QStringLiteral("Sculpting"),     QStringLiteral("Textures"),
-        QStringLiteral("Vehicles"),
+        QStringLiteral("Examples"),       QStringLiteral("MOTE Examples"),    QStringLiteral("Animation"),
+        QStringLiteral("Characters"),     QStringLiteral("Dynamics"),         QStringLiteral("Lighting"),
+        QStringLiteral("Materials"),      QStringLiteral("Modeling"),         QStringLiteral("Motion_Capture"),
+        QStringLiteral("Rendering"),      QStringLiteral("Rigging"),          QStringLiteral("Scripts"),
+        QStringLiteral("Sculpting_Stamps"), QStringLiteral("Stroke_Sketch"),  QStringLiteral("Textures"),
+        QStringLiteral("Vehicles"),       QStringLiteral("Particles"),        QStringLiteral("Fluids"),
+        QStringLiteral("Cloth"),          QStringLiteral("Crowds"),
     };
 }
 
 bool TlibraryItemDelegate::isReserved(const QString& name) const
 {
-    // The tree shows "_" as " ", so either spelling of a reserved name would look the same.
+    // The tree shows "_" as " ", so two spellings that look the same are the same name.
     const QString shown = TlibraryOrganizer::displayTextFor(name);
-    return m_reservedNames.contains(name, Qt::CaseInsensitive) || m_reservedNames.contains(shown, Qt::CaseInsensitive);
+    for (const QString& reserved : m_reservedNames) {
+        if (TlibraryOrganizer::displayTextFor(reserved).compare(shown, Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
 }
 
 bool TlibraryItemDelegate::isDuplicateContainer(const QAbstractItemModel* model, const QModelIndex& index,

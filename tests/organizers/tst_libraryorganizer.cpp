@@ -346,6 +346,9 @@ void TestLibraryOrganizer::renameRefusals_data()
     QTest::newRow("reserved name") << "Examples" << forbidden << "lib/Mine" << "Mine";
     QTest::newRow("reserved name, other case") << "mote examples" << forbidden << "lib/Mine" << "Mine";
     QTest::newRow("reserved name with underscores") << "Motion_capture" << forbidden << "lib/Mine" << "Mine";
+    QTest::newRow("reserved name with spaces") << "sculpting stamps" << forbidden << "lib/Mine" << "Mine";
+    QTest::newRow("reserved name inside a longer one") << "Textures_Old" << "" << "lib/Textures_Old"
+                                                       << "Textures Old";
     QTest::newRow("name of another container") << "Rigs" << duplicate << "lib/Mine" << "Mine";
     QTest::newRow("name of a container in another root") << "Shared" << duplicate << "lib/Mine" << "Mine";
     QTest::newRow("name of a hidden folder on disk") << "__cache" << duplicate << "lib/Mine" << "Mine";
