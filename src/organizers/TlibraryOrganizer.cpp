@@ -152,7 +152,7 @@ void TlibraryOrganizer::loadLibraryRoots()
     }
 }
 
-void TlibraryOrganizer::addLibraryPaths(const QString& paths)
+void TlibraryOrganizer::addLibraryPath(const QString& paths)
 {
     QString assignment = QLatin1String(kContentPathVariable) + QLatin1Char('=');
     const QString current = environment(kContentPathVariable);
@@ -171,7 +171,7 @@ void TlibraryOrganizer::addLibraryPaths(const QString& paths)
     writeContentPath(assignment);
 }
 
-void TlibraryOrganizer::removeLibraryPaths(const QString& paths)
+void TlibraryOrganizer::removeLibraryPath(const QString& paths)
 {
     QStringList entries = environment(kContentPathVariable).split(QLatin1Char(';'), Qt::SkipEmptyParts);
     const QStringList removed = paths.split(QLatin1Char(';'), Qt::SkipEmptyParts);

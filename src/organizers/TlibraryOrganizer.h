@@ -46,10 +46,10 @@ public:
     void loadLibraryRoots();
     // Adds each path of a ";"-separated list that is not a root yet and names a folder, and
     // appends it to VELA_CONTENT_PATH ("VELA_CONTENT_PATH=" + old value + ";" + path...).
-    void addLibraryPaths(const QString& paths);
+    void addLibraryPath(const QString& paths);
     // Removes each path of a ";"-separated list from VELA_CONTENT_PATH (every occurrence; empty
     // entries are dropped too) and removes its root items from the tree.
-    void removeLibraryPaths(const QString& paths);
+    void removeLibraryPath(const QString& paths);
     // Forgets every item, the selection and the recorded roots, and loads the roots again.
     void refreshLibrary();
 

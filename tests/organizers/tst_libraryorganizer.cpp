@@ -250,9 +250,9 @@ void TestLibraryOrganizer::addAndRemoveWriteTheVariable()
     organizer.loadLibraryRoots();
 
     if (operation == QLatin1String("add"))
-        organizer.addLibraryPaths(expand(argument));
+        organizer.addLibraryPath(expand(argument));
     else
-        organizer.removeLibraryPaths(expand(argument));
+        organizer.removeLibraryPath(expand(argument));
 
     QVERIFY2(env("VELA_CONTENT_PATH") == expand(written),
              qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), env("VELA_CONTENT_PATH"))));
@@ -266,12 +266,12 @@ void TestLibraryOrganizer::addedRootsOutliveTheOrganizer()
     {
         TlibraryOrganizer first(nullptr);
         first.loadLibraryRoots();
-        first.addLibraryPaths(m_root + "/b;" + m_root + "/a");
+        first.addLibraryPath(m_root + "/b;" + m_root + "/a");
     }
     TlibraryOrganizer second(nullptr);
     second.loadLibraryRoots();
     QCOMPARE(rootTexts(second), (QStringList{"b", "a"}));
-    second.removeLibraryPaths(m_root + "/b");
+    second.removeLibraryPath(m_root + "/b");
     TlibraryOrganizer third(nullptr);
     third.loadLibraryRoots();
     QCOMPARE(rootTexts(third), QStringList{"a"});
