@@ -1,5 +1,7 @@
 #include "ThostCommands.h"
 
+#include "ThostFileKinds.h"
+
 #include "TcommandEngine.h"
 #include "TprefOptionVar.h"
 #include "Tint32Array.h"
@@ -67,6 +69,31 @@ bool ThostCommands::tokenize(const QString& line, QStringList& words)
     return true;
 }
 
+QString ThostCommands::quoted(const QString& text)
+{
+    QString out;
+    out.reserve(text.size() + 2);
+    out += QLatin1Char('"');
+    for (const QChar c : text) {
+        if (c == QLatin1Char('\\') || c == QLatin1Char('"'))
+            out += QLatin1Char('\\');
+        if (c == QLatin1Char('\n'))
+            out += QLatin1String("\\n");
+        else
+            out += c;
+    }
+    out += QLatin1Char('"');
+    return out;
+}
+
+QString ThostCommands::hostDefault(const QString& key)
+{
+    // The file type the import and reference options start from.
+    if (key == QLatin1String("defaultFileImportType") || key == QLatin1String("defaultFileCreateReferenceType"))
+        return ThostFileKinds::fileTypes().first();
+    return QString();
+}
+
 bool ThostCommands::optionVar(const QString& line, TvslCmdResult& result)
 {
     QStringList words;
@@ -88,7 +115,11 @@ bool ThostCommands::optionVar(const QString& line, TvslCmdResult& result)
     }
     if (flag == QLatin1String("-q")) {
         if (!TprefOptionVar::optionVarExists(key)) {
-            result.setInt(0);
+            const QString fallback = hostDefault(words.at(2));
+            if (fallback.isEmpty())
+                result.setInt(0);
+            else
+                result.setString(fallback);
             return true;
         }
         int number = 0;

@@ -26,6 +26,15 @@ struct Registrar
 // of a procedure call separate too. Returns false when a string is left open.
 bool tokenize(const QString& line, QStringList& words);
 
+// The text as a string literal of the host's script language: in double quotes, with a
+// backslash before each backslash and double quote, and a line break written as \n. What
+// tokenize reads back as the one word text.
+QString quoted(const QString& text);
+
+// The value the host answers for an option variable that was never set, as a real host
+// registers its defaults at start-up; empty when the host has none.
+QString hostDefault(const QString& key);
+
 // optionVar -q KEY | -exists KEY | -remove KEY | -sv KEY TEXT | -iv KEY INT | -sva KEY TEXT | -iva KEY INT
 bool optionVar(const QString& line, TvslCmdResult& result);
 

@@ -19,7 +19,7 @@ ThostConsole::ThostConsole(QWidget* parent)
     m_log->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     m_log->setMaximumBlockCount(5000);
     m_prompt->setObjectName(QStringLiteral("scriptConsolePrompt"));
-    m_prompt->setPlaceholderText(tr("Type a command, e.g. optionVar -sv contentBrowserFilterExtensions \"ma|mb\""));
+    m_prompt->setPlaceholderText(tr("Type a command, e.g. optionVar -sv contentBrowserFilterExtensions \"icon|bak\""));
     m_prompt->setFont(m_log->font());
     connect(m_prompt, &QLineEdit::returnPressed, this, &ThostConsole::runTypedCommand);
 

@@ -89,8 +89,13 @@ QString ThostDpiScaling::resourcePath(const QString& fileName, int percent) cons
 
 QPixmap ThostDpiScaling::pixmap(const QString& fileName) const
 {
+    if (fileName.isEmpty())
+        return QPixmap();
     const int p = percent();
     if (fileName.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive)) {
+        // Checked first: the renderer complains aloud about a file it cannot open.
+        if (!QFile::exists(QLatin1String(kIconRoot) + fileName))
+            return QPixmap();
         QSvgRenderer renderer(QLatin1String(kIconRoot) + fileName);
         if (!renderer.isValid())
             return QPixmap();
@@ -108,6 +113,8 @@ QPixmap ThostDpiScaling::pixmap(const QString& fileName) const
 QIcon ThostDpiScaling::icon(const QString& fileName) const
 {
     QIcon result;
+    if (fileName.isEmpty())
+        return result;
     if (fileName.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive)) {
         if (QFile::exists(QLatin1String(kIconRoot) + fileName))
             result = QIcon(QLatin1String(kIconRoot) + fileName);
@@ -125,9 +132,13 @@ QIcon ThostDpiScaling::icon(const QString& fileName) const
 QPixmap ThostDpiScaling::pixmapAtSize(const QString& fileName, const QSize& size) const
 {
     const QSize pixels = scaledSize(size);
+    if (fileName.isEmpty())
+        return QPixmap();
     if (fileName.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive)) {
+        if (!QFile::exists(QLatin1String(kIconRoot) + fileName) || pixels.isEmpty())
+            return QPixmap();
         QSvgRenderer renderer(QLatin1String(kIconRoot) + fileName);
-        if (!renderer.isValid() || pixels.isEmpty())
+        if (!renderer.isValid())
             return QPixmap();
         QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
@@ -136,10 +147,20 @@ QPixmap ThostDpiScaling::pixmapAtSize(const QString& fileName, const QSize& size
         painter.end();
         return QPixmap::fromImage(image);
     }
-    const QPixmap picture = pixmap(fileName);
-    if (picture.isNull() || picture.size() == pixels)
-        return picture;
-    return picture.scaled(pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    // The smallest of the host's scales that is at least as large as asked, so a picture is
+    // only ever scaled down; failing that, the largest there is.
+    QPixmap best;
+    for (int p : {100, 150, 200}) {
+        const QPixmap candidate(resourcePath(fileName, p));
+        if (candidate.isNull())
+            continue;
+        best = candidate;
+        if (candidate.width() >= pixels.width() && candidate.height() >= pixels.height())
+            break;
+    }
+    if (best.isNull() || best.size() == pixels)
+        return best;
+    return best.scaled(pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
 QFont ThostDpiScaling::scaledFont(const QFont& font) const

@@ -7,9 +7,13 @@
 class ORLOAssetBrowser;
 class ThostConsole;
 class ThostDpiScaling;
+class ThostImageLoader;
+class ThostPopupMenuCreator;
+class ThostProjectSidebarManager;
+class ThostSceneDock;
 
-// The reference host's main window: the browser in the middle, the script console docked
-// below, host messages in the status bar.
+// The reference host's main window: the browser in the middle, the script console and the
+// scene list docked below, host messages in the status bar.
 class ThostMainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -19,7 +23,14 @@ public:
     {
         QString preferenceDir;
         QString appDir;
+        // The folder the browser opens on: the tab word ("system", "examples"...) and folder
+        // handed to the browser as its context's defaults.
+        QString startTab;
         QString startFolder;
+        // Open startFolder even when the context remembers another place (the user named it).
+        bool forceStartFolder = false;
+        // Where the host's projects are found (the sample projects); may be empty.
+        QString projectsFolder;
     };
 
     explicit ThostMainWindow(const Settings& settings);
@@ -27,6 +38,7 @@ public:
 
     ORLOAssetBrowser* browser() const { return m_browser; }
     ThostConsole* console() const { return m_console; }
+    ThostSceneDock* sceneDock() const { return m_sceneDock; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -34,10 +46,17 @@ protected:
 private:
     void buildMenus();
     void showError(const QString& text);
+    void runCommand(const QString& command);
+    void addLibraryFolder();
+    void removeLibraryFolder();
 
     // The callback objects must outlive the browser: they are declared first and so are
     // destroyed after the widget tree has gone in ~ThostMainWindow.
     std::unique_ptr<ThostDpiScaling> m_scaling;
+    std::unique_ptr<ThostImageLoader> m_imageLoader;
+    std::unique_ptr<ThostPopupMenuCreator> m_popupMenuCreator;
+    std::unique_ptr<ThostProjectSidebarManager> m_projectSidebarManager;
     ORLOAssetBrowser* m_browser = nullptr;
     ThostConsole* m_console = nullptr;
+    ThostSceneDock* m_sceneDock = nullptr;
 };

@@ -2,6 +2,7 @@
 // application does and answers every script command the browser sends.
 #include "ThostConsole.h"
 #include "ThostMainWindow.h"
+#include "ThostSampleLibrary.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -78,6 +79,9 @@ int main(int argc, char** argv)
         "answers its script commands. The console dock at the bottom shows every command the\n"
         "browser sends and what the host answered; type commands there too.\n"
         "\n"
+        "Without a FOLDER it opens the sample content library built with it, and points\n"
+        "VELA_LOCATION, MOTE_LOCATION and VELA_CONTENT_PATH at it unless they are set.\n"
+        "\n"
         "Environment: ORLO_UI_SCALE=150 (or 1.5, 200%...) forces the interface scale."));
     parser.addHelpOption();
     parser.addVersionOption();
@@ -95,7 +99,7 @@ int main(int argc, char** argv)
     parser.addOption(prefsOption);
     parser.addOption(screenshotOption);
     parser.addOption(sizeOption);
-    parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("Folder to open (default: your home folder)."),
+    parser.addPositionalArgument(QStringLiteral("FOLDER"), QStringLiteral("Folder to open (default: the sample library, else your home folder)."),
                                  QStringLiteral("[FOLDER]"));
     if (!parser.parse(arguments))
         return fail(parser.errorText());
@@ -134,12 +138,34 @@ int main(int argc, char** argv)
     const QStringList positional = parser.positionalArguments();
     if (positional.size() > 1)
         return fail(QStringLiteral("give at most one folder"));
-    settings.startFolder = positional.isEmpty() ? QDir::homePath() : QFileInfo(positional.first()).absoluteFilePath();
-    if (!QFileInfo(settings.startFolder).isDir())
-        return fail(QStringLiteral("%1 is not a folder").arg(settings.startFolder));
+
+    ThostSampleLibrary samples;
+    const bool haveSamples = samples.read(ThostSampleLibrary::find(settings.appDir));
+    QStringList environmentSet;
+    if (haveSamples) {
+        environmentSet = samples.applyEnvironment();
+        settings.projectsFolder = samples.projectsFolder();
+    }
+    if (!positional.isEmpty()) {
+        settings.startTab = QStringLiteral("system");
+        settings.startFolder = QFileInfo(positional.first()).absoluteFilePath();
+        settings.forceStartFolder = true;
+        if (!QFileInfo(settings.startFolder).isDir())
+            return fail(QStringLiteral("%1 is not a folder").arg(settings.startFolder));
+    } else if (haveSamples && QFileInfo(samples.startFolder()).isDir()) {
+        settings.startTab = QStringLiteral("examples");
+        settings.startFolder = samples.startFolder();
+    } else {
+        settings.startTab = QStringLiteral("system");
+        settings.startFolder = QDir::homePath();
+    }
 
     ThostMainWindow window(settings);
     window.resize(size);
+    if (haveSamples)
+        window.console()->appendNote(QStringLiteral("Sample library: %1").arg(QDir::toNativeSeparators(samples.root())));
+    for (const QString& name : environmentSet)
+        window.console()->appendNote(QStringLiteral("%1 set for this session").arg(name));
 
     if (parser.isSet(screenshotOption)) {
         const QString file = QFileInfo(parser.value(screenshotOption)).absoluteFilePath();
