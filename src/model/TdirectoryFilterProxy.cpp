@@ -30,11 +30,12 @@ const FixedExpressions& fixedExpressions()
     return expressions;
 }
 
-// A drive or "/" sorts by its full path; every other entry by the name the view shows. Only
-// a root's shown name can hold a separator or a drive colon, so other names skip the path.
+// A drive or "/" sorts by its full path; every other entry by the name the view shows, in
+// whichever column it is asked for. Only a root's shown name can hold a separator or a drive
+// colon, so other names skip the path.
 QString sortName(const QFileSystemModel& model, const QModelIndex& index)
 {
-    const QString name = model.data(index, Qt::DisplayRole).toString();
+    const QString name = model.data(index.siblingAtColumn(0), Qt::DisplayRole).toString();
     if (name.contains(QLatin1Char('/')) || name.contains(QLatin1Char(':')) || name.contains(QLatin1Char('\\'))) {
         const QString path = model.filePath(index);
         if (QFileInfo(path).isRoot())
@@ -108,8 +109,7 @@ bool TdirectoryFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex& s
     // decides most names without running the expression.
     if (name.startsWith(QLatin1Char('.')) && fixed.hiddenDot.match(name).hasMatch())
         return false;
-    // An invalid expression matches nothing; asking it anyway would only raise a warning.
-    if (m_extensionExpression && m_extensionExpression->isValid() && m_extensionExpression->match(name).hasMatch())
+    if (m_extensionExpression && m_extensionValid && m_extensionExpression->match(name).hasMatch())
         return false;
     if (name.startsWith(QLatin1String("__")) && fixed.doubleUnderscore.match(name).hasMatch())
         return false;
@@ -154,6 +154,9 @@ void TdirectoryFilterProxy::setExtensions(const Tstring& extensions, bool filter
     // The value is an alternation of extensions and is used unescaped.
     m_extensionExpression->setPattern(QStringLiteral(".*\\.(") + Tstring_toQString(extensions) + QLatin1Char(')'));
     m_extensionExpression->setPatternOptions(QRegularExpression::CaseInsensitiveOption);
+    // An invalid expression matches nothing; matching it anyway would only raise a warning
+    // for every row.
+    m_extensionValid = m_extensionExpression->isValid();
     if (filterAgain)
         invalidateFilter();
 }

@@ -26,7 +26,9 @@ class Tstring;
 // - names starting with two or more underscores and a word character ("__pycache__");
 // - names ending in "_res.py" (case-sensitive).
 // The proxy follows the option variable for its whole life: a new value filters again at
-// once, except an empty one, which takes effect at the next filtering pass.
+// once, except an empty one, which takes effect at the next filtering pass. Removing the
+// variable, or giving it a value that is not a string, leaves the last filter in force. The
+// subscription to the variable ends when the proxy is destroyed.
 class TdirectoryFilterProxy : public QSortFilterProxyModel, public Tclient
 {
     Q_OBJECT
@@ -65,6 +67,7 @@ private:
     QString m_searchPattern;
     QPersistentModelIndex m_baseFolder;
     std::shared_ptr<QRegularExpression> m_extensionExpression;
+    bool m_extensionValid = false;
     // Compiled from m_searchPattern whenever it changes, never per row.
     QRegularExpression m_searchExpression;
 };
