@@ -4,6 +4,15 @@
 #include <QImageReader>
 
 namespace ThostFileKinds {
+namespace {
+// Asked for every file of a folder the browser lists; the readers do not change while the
+// program runs.
+bool readableImageSuffix(const QString& suffix)
+{
+    static const QList<QByteArray> formats = QImageReader::supportedImageFormats();
+    return !suffix.isEmpty() && formats.contains(suffix.toLatin1());
+}
+} // namespace
 
 Kind kindOf(const QString& path)
 {
@@ -15,7 +24,7 @@ Kind kindOf(const QString& path)
         return Kind::Interchange;
     if (suffix == QLatin1String("vsl"))
         return Kind::Script;
-    if (!suffix.isEmpty() && QImageReader::supportedImageFormats().contains(suffix.toLatin1())) {
+    if (readableImageSuffix(suffix)) {
         // The same folder names the browser treats as stamp folders.
         if (path.contains(QLatin1String("Stroke_Sketch")) || path.contains(QLatin1String("Sculpting_Stamps")))
             return Kind::Stamp;
