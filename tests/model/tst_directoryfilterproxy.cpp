@@ -265,7 +265,7 @@ void TestDirectoryFilterProxy::agreesWithRulesBuiltPerCall()
 
     for (QStandardItem* folder : {base, other}) {
         const QModelIndex proxyFolder = proxy.mapFromSource(folder->index());
-        QVERIFY(proxyFolder.isValid());
+        QVERIFY2(proxyFolder.isValid(), qPrintable(folder->text() + QStringLiteral(" itself is hidden")));
         QStringList shown;
         for (int row = 0; row < proxy.rowCount(proxyFolder); ++row)
             shown << proxy.index(row, 0, proxyFolder).data().toString();

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFileSystemModel>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -226,6 +227,7 @@ void TestFileSystemModel::hasChildrenIgnoresPrivateFolders()
     QVERIFY(makeEntries(folder, entries));
 
     const QString previousCurrent = QDir::currentPath();
+    const auto restoreCurrent = qScopeGuard([&] { QDir::setCurrent(previousCurrent); });
     QVERIFY(QDir::setCurrent(current.path()));
     TfileSystemModel model(nullptr);
     model.setFilter(model.filter() | QDir::Hidden);
@@ -235,7 +237,6 @@ void TestFileSystemModel::hasChildrenIgnoresPrivateFolders()
     model.hasChildren(index);
     QTRY_COMPARE(model.rowCount(index), int(entries.size()));
     const bool answer = model.hasChildren(index);
-    QDir::setCurrent(previousCurrent);
     QVERIFY2(answer == expected, qPrintable(QStringLiteral("%1 answered %2").arg(entries.join(u' ')).arg(answer)));
 }
 
