@@ -1,5 +1,6 @@
 #include "ThostProjectWindow.h"
 
+#include "ThostDpiScaling.h"
 #include "ThostProjects.h"
 
 #include <QDialogButtonBox>
@@ -35,7 +36,7 @@ ThostProjectWindow::ThostProjectWindow(QWidget* parent)
     layout->addLayout(form);
     layout->addWidget(m_rules);
     layout->addWidget(buttons);
-    resize(560, 320);
+    resize(ThostDpiScaling().scaledSize(QSize(560, 320)));
 
     connect(ThostProjects::instance(), &ThostProjects::currentChanged, this, &ThostProjectWindow::refill);
     refill();
