@@ -1,6 +1,7 @@
 #include "TlibraryOrganizer.h"
 
 #include "TOrganizerItemModel.h"
+#include "TbasicWidgetWithToolbar.h"
 #include "TbrowserStrings.h"
 #include "TlibraryItemDelegate.h"
 #include "TuiScale.h"
@@ -59,7 +60,7 @@ TlibraryOrganizer::TlibraryOrganizer(const TassetBrowserOptions* options, QWidge
     m_model = new TOrganizerItemModel(this);
     m_delegate = new TlibraryItemDelegate(TlibraryItemDelegate::exampleFolderNames(), this);
 
-    m_view = new QTreeView(this);
+    m_view = new QTreeView;
     m_view->setObjectName(QStringLiteral("libraryTree"));
     m_view->setHeaderHidden(true);
     m_view->setUniformRowHeights(true);
@@ -70,10 +71,11 @@ TlibraryOrganizer::TlibraryOrganizer(const TassetBrowserOptions* options, QWidge
     m_view->setItemDelegate(m_delegate);
     m_view->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 
+    m_frame = new TbasicWidgetWithToolbar(m_options, m_view, this);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(m_view);
+    layout->addWidget(m_frame);
 
     connect(m_view, &QTreeView::clicked, this, &TlibraryOrganizer::libraryItemSelected);
     connect(m_view, &QTreeView::expanded, this, &TlibraryOrganizer::itemExpanded);

@@ -13,6 +13,7 @@ class QStandardItem;
 class QTreeView;
 class TOrganizerItemModel;
 class TassetBrowserOptions;
+class TbasicWidgetWithToolbar;
 class TlibraryItemDelegate;
 
 // The page of the Library tab: a tree of content libraries whose roots come from the
@@ -71,6 +72,8 @@ public:
     TOrganizerItemModel* model() const { return m_model; }
     QTreeView* view() const { return m_view; }
     TlibraryItemDelegate* itemDelegate() const { return m_delegate; }
+    // The toolbar frame around the tree, so that the tab lines up with the other tabs.
+    TbasicWidgetWithToolbar* frame() const { return m_frame; }
 
     // The text an item shows for the folder at path (or for a bare folder name).
     static QString displayTextFor(const QString& path);
@@ -100,6 +103,7 @@ private:
     TOrganizerItemModel* m_model = nullptr;
     QTreeView* m_view = nullptr;
     TlibraryItemDelegate* m_delegate = nullptr;
+    TbasicWidgetWithToolbar* m_frame = nullptr;
     QSet<QString> m_rootPaths;
     // Open and closed images by item text, so that a special root could look different.
     QHash<QString, FolderImages> m_folderImages;
