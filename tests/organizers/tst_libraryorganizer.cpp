@@ -101,7 +101,6 @@ private Q_SLOTS:
     void rootsFollowTheEnvironment();
     void addAndRemoveWriteTheVariable_data();
     void addAndRemoveWriteTheVariable();
-    void addedRootsOutliveTheOrganizer();
     void selectByPath_data();
     void selectByPath();
     void renameRefusals_data();
@@ -113,13 +112,6 @@ private Q_SLOTS:
 
 private:
     QString expand(QString text) const { return text.replace(QLatin1String("$T"), m_root); }
-    QStringList expandAll(const QStringList& texts) const
-    {
-        QStringList out;
-        for (const QString& text : texts)
-            out << expand(text);
-        return out;
-    }
 
     QHash<QString, QString> m_savedEnv;
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -258,23 +250,6 @@ void TestLibraryOrganizer::addAndRemoveWriteTheVariable()
              qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), env("VELA_CONTENT_PATH"))));
     QVERIFY2(rootTexts(organizer) == roots,
              qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), rootTexts(organizer).join('|'))));
-}
-
-void TestLibraryOrganizer::addedRootsOutliveTheOrganizer()
-{
-    makeFolders(m_root, {"a/", "b/"});
-    {
-        TlibraryOrganizer first(nullptr);
-        first.loadLibraryRoots();
-        first.addLibraryPath(m_root + "/b;" + m_root + "/a");
-    }
-    TlibraryOrganizer second(nullptr);
-    second.loadLibraryRoots();
-    QCOMPARE(rootTexts(second), (QStringList{"b", "a"}));
-    second.removeLibraryPath(m_root + "/b");
-    TlibraryOrganizer third(nullptr);
-    third.loadLibraryRoots();
-    QCOMPARE(rootTexts(third), QStringList{"a"});
 }
 
 void TestLibraryOrganizer::selectByPath_data()
