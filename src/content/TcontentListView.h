@@ -1,0 +1,70 @@
+#pragma once
+
+#include "TcontentWidget.h"
+#include "Tint32Array.h"
+
+#include <QSize>
+
+class BrowserListView;
+class QAbstractItemModel;
+class QSlider;
+class QToolButton;
+class ThumbnailFileIconProvider;
+
+// The thumbnail grid of the content pane with its strip: gear, a toggle to the detail list,
+// the thumbnail-size slider, the search field and help.
+//
+// Thumbnail sizes: the host option variable "contentBrowserThumbnailSizes" (an integer
+// array, edge lengths at 100 per cent) lists the slider's steps, scaled; without it, or when
+// it is empty, they are 64, 128, 256 and 512, scaled. The grid starts at 128 (scaled).
+// When the current size is none of the steps the slider rests on the scaled value 128
+// clamped into its range, which with the default steps is the last one.
+class TcontentListView : public TcontentWidget
+{
+    Q_OBJECT
+
+public:
+    // model: the pane's filter proxy over its file model (any item model works; only the
+    // filter proxy gets the hover animation). provider: draws the thumbnails and the
+    // animation frames; it gets the slider's steps as its sizes. Neither is owned; either
+    // may be null. options as for TcontentWidget.
+    TcontentListView(const TassetBrowserOptions* options, QAbstractItemModel* model,
+                     ThumbnailFileIconProvider* provider, QWidget* parent = nullptr);
+    ~TcontentListView() override;
+
+    BrowserListView* listView() const { return m_view; }
+    QAbstractItemView* contentView() const override;
+    QSlider* sizeSlider() const { return m_slider; }
+    // The button that asks for the detail list; the owner connects its clicked().
+    QToolButton* viewToggleButton() const { return m_viewToggle; }
+
+    // The slider's steps, in pixels, in slider order.
+    const Tint32Array& thumbnailSizes() const { return m_sizes; }
+    // Edge length of the thumbnails shown.
+    int thumbnailSize() const { return m_iconSize.height(); }
+    // Shows thumbnails of edge length size (pixels) and puts the slider on that step, or on
+    // its fallback step (emitting imageSizeSliderChangedToDefault) when size is no step.
+    void setThumbnailSize(int size);
+    // The grid cell of a thumbnail of iconSize: the picture, a margin and two lines of name.
+    QSize gridSizeFor(const QSize& iconSize) const;
+
+Q_SIGNALS:
+    // The user changed the thumbnail size with the slider.
+    void imageSizeSliderChanged();
+    // The size given to setThumbnailSize is not one of the steps; the slider shows its
+    // fallback step.
+    void imageSizeSliderChangedToDefault();
+
+private:
+    void readThumbnailSizes();
+    int stepOf(int size) const;
+    void createSlider();
+    void applyIconSize(const QSize& size);
+    void sliderSetTo(int value);
+
+    BrowserListView* m_view = nullptr;
+    QSlider* m_slider = nullptr;
+    QToolButton* m_viewToggle = nullptr;
+    Tint32Array m_sizes;
+    QSize m_iconSize;
+};

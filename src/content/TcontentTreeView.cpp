@@ -1,0 +1,49 @@
+#include "TcontentTreeView.h"
+
+#include "BrowserTreeView.h"
+#include "TbrowserStrings.h"
+#include "TbrowserToolbar.h"
+#include "TuiScale.h"
+
+#include <QAbstractItemModel>
+#include <QHeaderView>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+TcontentTreeView::TcontentTreeView(const TassetBrowserOptions* options, QAbstractItemModel* model, QWidget* parent)
+    : TcontentWidget(options, QStringLiteral("contentTreeView"), parent)
+{
+    m_viewToggle = new QToolButton(this);
+    m_viewToggle->setAutoRaise(true);
+    m_viewToggle->setIcon(TuiScale::icon(options, QStringLiteral("CB_ThumbnailView.png")));
+    const QSize buttonSize = TuiScale::size(options, 20, 20);
+    m_viewToggle->setFixedSize(buttonSize);
+    m_viewToggle->setIconSize(buttonSize);
+    m_viewToggle->setToolTip(rTooltipThumbnailview.asQString());
+    toolbar()->addWidget(m_viewToggle, TbrowserToolbar::LeftSide);
+
+    m_view = new BrowserTreeView(this);
+    // A flat listing of one folder: the pane opens folders itself on a double-click.
+    m_view->setRootIsDecorated(false);
+    m_view->setItemsExpandable(false);
+    m_view->setExpandsOnDoubleClick(false);
+    m_view->setUniformRowHeights(true);
+    m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_view->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_view->setDragDropMode(QAbstractItemView::DragOnly);
+    m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_view->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_view->setIconSize(TuiScale::size(options, 16, 16));
+    m_view->setAllColumnsShowFocus(true);
+    m_view->header()->setStretchLastSection(true);
+    m_view->setModel(model);
+
+    verticalLayout()->addWidget(m_view);
+}
+
+TcontentTreeView::~TcontentTreeView() = default;
+
+QAbstractItemView* TcontentTreeView::contentView() const
+{
+    return m_view;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "TcontentWidget.h"
+
+class BrowserTreeView;
+class QAbstractItemModel;
+class QToolButton;
+
+// The detail list of the content pane with its strip: gear, a toggle to the thumbnail grid,
+// the search field and help. One row per entry of the shown folder, with name, size, type and
+// date; folders open by the owner's double-click handling, not in place.
+class TcontentTreeView : public TcontentWidget
+{
+    Q_OBJECT
+
+public:
+    // model: the pane's filter proxy over its file model; not owned, may be null.
+    // options as for TcontentWidget.
+    TcontentTreeView(const TassetBrowserOptions* options, QAbstractItemModel* model, QWidget* parent = nullptr);
+    ~TcontentTreeView() override;
+
+    BrowserTreeView* treeView() const { return m_view; }
+    QAbstractItemView* contentView() const override;
+    // The button that asks for the thumbnail grid; the owner connects its clicked().
+    QToolButton* viewToggleButton() const { return m_viewToggle; }
+
+private:
+    BrowserTreeView* m_view = nullptr;
+    QToolButton* m_viewToggle = nullptr;
+};
