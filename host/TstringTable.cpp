@@ -103,6 +103,16 @@ const Entry englishTexts[] = {
     {"rTooltipSortby", "Sort by"},
     {"rTooltipThumbnailview", "Thumbnail view"},
 
+    // The browser's notices about its favorites file.
+    {"kContentBrowserFavoritesUnreadable",
+     "Your favorites file ^1s could not be read, so Favorites start empty. Before favorites are saved again, the file "
+     "is kept as ^2s."},
+    {"kContentBrowserFavoritesNotSaved",
+     "Favorites could not be saved to ^1s (^2s). The change was undone; your favorites are as they were."},
+    {"kContentBrowserFavoritesNotKeptAside",
+     "Favorites could not be saved: your earlier favorites file ^1s could not be kept as ^2s, so it was not "
+     "replaced. The change was undone."},
+
     // The host's own messages.
     {"kOrloHostUnknownCommand", "Unknown command: ^1s"},
     {"kOrloHostEmptyCommand", "Empty command"},

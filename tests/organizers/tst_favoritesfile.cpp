@@ -1,0 +1,531 @@
+#include "TfavoritesFile.h"
+#include "TrecordingHost.h"
+
+#include "TcommandEngine.h"
+#include "TstringId.h"
+#include "TstringTable.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileDevice>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#ifndef BOOST_BIND_GLOBAL_PLACEHOLDERS
+#define BOOST_BIND_GLOBAL_PLACEHOLDERS
+#endif
+#include <boost/property_tree/json_parser.hpp>
+
+#include <csignal>
+#include <sstream>
+
+#ifdef Q_OS_UNIX
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
+using Entries = QList<TfavoritesFile::Entry>;
+
+namespace {
+
+// Entries from a flat list: folder, path, folder, path...
+Entries entries(const QStringList& flat)
+{
+    Entries out;
+    for (int i = 0; i + 1 < flat.size(); i += 2)
+        out.append(TfavoritesFile::Entry{flat.at(i), flat.at(i + 1)});
+    return out;
+}
+
+QString describe(const Entries& list)
+{
+    QStringList parts;
+    for (const TfavoritesFile::Entry& entry : list)
+        parts << QStringLiteral("[%1|%2]").arg(entry.folder, entry.path);
+    return parts.join(u' ');
+}
+
+QByteArray readBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+}
+
+bool writeBytes(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+QStringList shownErrors()
+{
+    QStringList errors;
+    for (const TcommandRecord& entry : TcommandEngine::record()) {
+        if (entry.kind == TcommandRecord::Kind::Error)
+            errors << entry.answer;
+    }
+    return errors;
+}
+
+QStringList siblings(const QString& dir)
+{
+    return QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
+}
+
+QString notice(const char* key, std::initializer_list<TformatArg> args)
+{
+    return TstringId(key).format(args).toQString();
+}
+
+enum class Failure { MissingDirectory, DirectoryIsAFile, ReadOnlyDirectory, FullDisk };
+
+} // namespace
+
+Q_DECLARE_METATYPE(Entries)
+Q_DECLARE_METATYPE(Failure)
+Q_DECLARE_METATYPE(TfavoritesFile::ReadResult)
+
+class TestFavoritesFile : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void exactFileText_data();
+    void exactFileText();
+    void layoutIsThePropertyTreeWritersLayout();
+    void readingSortsStably();
+    void anyScriptReadsBackExactly_data();
+    void anyScriptReadsBackExactly();
+    void readsWhatThePropertyTreeWrites_data();
+    void readsWhatThePropertyTreeWrites();
+    void entryRules_data();
+    void entryRules();
+    void quietEmptyStarts_data();
+    void quietEmptyStarts();
+    void unreadableFileIsKeptBeforeTheFirstWrite_data();
+    void unreadableFileIsKeptBeforeTheFirstWrite();
+    void fileThatCannotBeKeptIsNeverReplaced();
+    void failedWriteLeavesDiskAndMemory_data();
+    void failedWriteLeavesDiskAndMemory();
+    void withoutPreferenceDirNothingIsTouched();
+
+private:
+    QString m_dir;
+    QString m_location;
+    std::unique_ptr<TfreshHostState> m_host;
+    std::unique_ptr<QTemporaryDir> m_temp;
+};
+
+void TestFavoritesFile::init()
+{
+    m_host = std::make_unique<TfreshHostState>();
+    m_temp = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_temp->isValid());
+    m_dir = m_temp->path() + QStringLiteral("/prefs");
+    QVERIFY(QDir().mkpath(m_dir));
+    m_location = m_dir + QStringLiteral("/favs.json");
+}
+
+void TestFavoritesFile::cleanup()
+{
+    QFile::setPermissions(m_dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    m_temp.reset();
+    m_host.reset();
+}
+
+void TestFavoritesFile::exactFileText_data()
+{
+    QTest::addColumn<Entries>("given");
+    QTest::addColumn<QByteArray>("expected");
+
+    QTest::newRow("no favorites: an empty object") << Entries() << QByteArray("{\n"
+                                                                            "    \"favorites\": {\n"
+                                                                            "    }\n"
+                                                                            "}\n");
+    QTest::newRow("top level only stays an object")
+        << entries({"", "/p/one", "", "/p/two"})
+        << QByteArray("{\n"
+                      "    \"favorites\": {\n"
+                      "        \"\": \"\\/p\\/one\",\n"
+                      "        \"\": \"\\/p\\/two\"\n"
+                      "    }\n"
+                      "}\n");
+    QTest::newRow("scattered folders come back grouped")
+        << entries({"Zoo", "/z1", "", "/t1", "Apes", "/a1", "Zoo", "/z2", "Empty", "", "", "/t2"})
+        << QByteArray("{\n"
+                      "    \"favorites\": {\n"
+                      "        \"\": \"\\/t1\",\n"
+                      "        \"\": \"\\/t2\",\n"
+                      "        \"Apes\": \"\\/a1\",\n"
+                      "        \"Empty\": \"\",\n"
+                      "        \"Zoo\": \"\\/z1\",\n"
+                      "        \"Zoo\": \"\\/z2\"\n"
+                      "    }\n"
+                      "}\n");
+    QTest::newRow("upper case before lower case")
+        << entries({"beta", "/b", "Beta", "/B", "alpha", "/a"})
+        << QByteArray("{\n"
+                      "    \"favorites\": {\n"
+                      "        \"Beta\": \"\\/B\",\n"
+                      "        \"alpha\": \"\\/a\",\n"
+                      "        \"beta\": \"\\/b\"\n"
+                      "    }\n"
+                      "}\n");
+    QTest::newRow("quotes, backslashes and controls escaped")
+        << entries({"Say \"hi\"\t", "C:\\dir/x\n\x01"})
+        << QByteArray("{\n"
+                      "    \"favorites\": {\n"
+                      "        \"Say \\\"hi\\\"\\t\": \"C:\\\\dir\\/x\\n\\u0001\"\n"
+                      "    }\n"
+                      "}\n");
+    QTest::newRow("beyond Latin-1 escaped, emoji as a surrogate pair")
+        << entries({QStringLiteral("Café"), QStringLiteral("/é"), QStringLiteral("日本"), QStringLiteral("/x"),
+                    QStringLiteral("😀"), QStringLiteral("/y")})
+        << QByteArray("{\n"
+                      "    \"favorites\": {\n"
+                      "        \"Caf\xC3\xA9\": \"\\/\xC3\xA9\",\n"
+                      "        \"\\u65E5\\u672C\": \"\\/x\",\n"
+                      "        \"\\uD83D\\uDE00\": \"\\/y\"\n"
+                      "    }\n"
+                      "}\n");
+}
+
+void TestFavoritesFile::exactFileText()
+{
+    QFETCH(Entries, given);
+    QFETCH(QByteArray, expected);
+
+    TfavoritesFile file(m_dir);
+    QCOMPARE(file.location(), m_location);
+    QVERIFY(file.write(TfavoritesFile::treeOf(given)));
+    const QByteArray written = readBytes(m_location);
+    QVERIFY2(written == expected, written.constData());
+    QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
+    QVERIFY(shownErrors().isEmpty());
+}
+
+void TestFavoritesFile::layoutIsThePropertyTreeWritersLayout()
+{
+    // Wherever the writer writes an object (some folder present), the file is its text to the byte.
+    const Entries given = entries({"", "/a b/c", "Work", "/w", "Work", "", "Z", "C:\\x", "", "/t"});
+    TfavoritesFile::Tree favorites = TfavoritesFile::treeOf(given);
+    TfavoritesFile::sortByKey(favorites);
+    boost::property_tree::wptree root;
+    root.put_child(L"favorites", favorites);
+    std::wostringstream stream;
+    boost::property_tree::write_json(stream, root, true);
+    QCOMPARE(TfavoritesFile::toJson(favorites), QString::fromStdWString(stream.str()).toUtf8());
+}
+
+void TestFavoritesFile::readingSortsStably()
+{
+    QVERIFY(writeBytes(m_location, "{\"favorites\": {\"b\": \"/b1\", \"\": \"/t1\", \"a\": \"/a1\", \"b\": \"/b2\","
+                                   " \"\": \"/t2\", \"a\": \"\", \"B\": \"/B1\"}}"));
+    TfavoritesFile file(m_dir);
+    QCOMPARE(file.read(), TfavoritesFile::ReadResult::Read);
+    const Entries expected = entries({"", "/t1", "", "/t2", "B", "/B1", "a", "/a1", "a", "", "b", "/b1", "b", "/b2"});
+    QVERIFY2(file.entries() == expected, qPrintable(describe(file.entries())));
+    // Reading writes nothing back.
+    QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
+}
+
+void TestFavoritesFile::anyScriptReadsBackExactly_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("path");
+
+    QTest::newRow("Latin accents") << QStringLiteral("Café crème") << QStringLiteral("/home/zoë/Ünïcode");
+    QTest::newRow("Greek and Cyrillic") << QStringLiteral("Αρχεία") << QStringLiteral("/данные/сцены");
+    QTest::newRow("Chinese and Japanese") << QStringLiteral("お気に入り") << QStringLiteral("/数据/场景");
+    QTest::newRow("Arabic and Hebrew") << QStringLiteral("المفضلة") << QStringLiteral("/קבצים/א");
+    QTest::newRow("Devanagari") << QStringLiteral("पसंदीदा") << QStringLiteral("/फ़ाइलें");
+    QTest::newRow("emoji") << QStringLiteral("⭐ Stars 😀") << QStringLiteral("/art/🎨/👩‍🎨.ma");
+    QTest::newRow("flags and skin tones") << QStringLiteral("🇫🇷👍🏽") << QStringLiteral("/x/🇯🇵 trip");
+    QTest::newRow("quotes, backslashes, tabs, line breaks")
+        << QStringLiteral("a\"b\\c\td\ne") << QStringLiteral("C:\\Users\\q\"r/s");
+    QTest::newRow("Latin-1 controls and replacement character")
+        << QStringLiteral("\u0080\u009F\u00FF") << QStringLiteral("/\uFFFD/\uE000");
+}
+
+void TestFavoritesFile::anyScriptReadsBackExactly()
+{
+    QFETCH(QString, folder);
+    QFETCH(QString, path);
+
+    const Entries given = entries({QString(), path, folder, path + QStringLiteral("/in"), folder + u'2', QString()});
+    TfavoritesFile writer(m_dir);
+    QVERIFY(writer.write(TfavoritesFile::treeOf(given)));
+
+    TfavoritesFile reader(m_dir);
+    QCOMPARE(reader.read(), TfavoritesFile::ReadResult::Read);
+    QVERIFY2(reader.entries() == given, qPrintable(describe(reader.entries())));
+    QVERIFY(shownErrors().isEmpty());
+    // Stored as UTF-8 text that any reader can open.
+    QVERIFY(!readBytes(m_location).contains('\0'));
+}
+
+void TestFavoritesFile::readsWhatThePropertyTreeWrites_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<Entries>("expected");
+
+    // The property tree's own writer turns top-level-only favorites into an array and none into
+    // a string; files written that way must still load.
+    QTest::newRow("top level only, as an array")
+        << QByteArray("{\n    \"favorites\": [\n        \"\\/a\",\n        \"\\/b\"\n    ]\n}\n")
+        << entries({"", "/a", "", "/b"});
+    QTest::newRow("none, as a string") << QByteArray("{\n    \"favorites\": \"\"\n}\n") << Entries();
+    QTest::newRow("unescaped slashes and a byte order mark")
+        << QByteArray("\xEF\xBB\xBF{\"favorites\": {\"F\": \"/f\", \"\": \"/t\"}}") << entries({"", "/t", "F", "/f"});
+    QTest::newRow("escaped surrogate pair and raw UTF-8")
+        << QByteArray("{\"favorites\": {\"\\ud83d\\ude00\": \"/caf\xC3\xA9\"}}")
+        << entries({QStringLiteral("😀"), QStringLiteral("/café")});
+}
+
+void TestFavoritesFile::readsWhatThePropertyTreeWrites()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(Entries, expected);
+
+    QVERIFY(writeBytes(m_location, bytes));
+    TfavoritesFile file(m_dir);
+    QCOMPARE(file.read(), TfavoritesFile::ReadResult::Read);
+    QVERIFY2(file.entries() == expected, qPrintable(describe(file.entries())));
+    QVERIFY(shownErrors().isEmpty());
+}
+
+void TestFavoritesFile::entryRules_data()
+{
+    QTest::addColumn<Entries>("before");
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<bool>("changed");
+    QTest::addColumn<Entries>("after");
+
+    QTest::newRow("new path added at the end")
+        << entries({"F", "/f"}) << "add" << "" << "/a" << true << entries({"F", "/f", "", "/a"});
+    QTest::newRow("path already at the top level")
+        << entries({"", "/a"}) << "add" << "" << "/a" << false << entries({"", "/a"});
+    QTest::newRow("path already in a folder")
+        << entries({"F", "/a"}) << "add" << "G" << "/a" << false << entries({"F", "/a"});
+    QTest::newRow("second empty folder")
+        << entries({"F", ""}) << "add" << "G" << "" << false << entries({"F", ""});
+    QTest::newRow("paths compared exactly")
+        << entries({"", "/a"}) << "add" << "" << "/A" << true << entries({"", "/a", "", "/A"});
+    QTest::newRow("erase needs folder and path")
+        << entries({"F", "/a", "", "/a"}) << "erase" << "" << "/a" << true << entries({"F", "/a"});
+    QTest::newRow("erase takes the first of twins")
+        << entries({"F", "/a", "F", "/b", "F", "/a"}) << "erase" << "F" << "/a" << true
+        << entries({"F", "/b", "F", "/a"});
+    QTest::newRow("erase of an absent entry")
+        << entries({"F", "/a"}) << "erase" << "G" << "/a" << false << entries({"F", "/a"});
+}
+
+void TestFavoritesFile::entryRules()
+{
+    QFETCH(Entries, before);
+    QFETCH(QString, operation);
+    QFETCH(QString, folder);
+    QFETCH(QString, path);
+    QFETCH(bool, changed);
+    QFETCH(Entries, after);
+
+    TfavoritesFile::Tree tree = TfavoritesFile::treeOf(before);
+    const bool result = operation == QLatin1String("add") ? TfavoritesFile::addEntry(tree, folder, path)
+                                                          : TfavoritesFile::eraseEntry(tree, folder, path);
+    QCOMPARE(result, changed);
+    QVERIFY2(TfavoritesFile::entriesOf(tree) == after, qPrintable(describe(TfavoritesFile::entriesOf(tree))));
+}
+
+void TestFavoritesFile::quietEmptyStarts_data()
+{
+    QTest::addColumn<bool>("create");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<TfavoritesFile::ReadResult>("result");
+
+    QTest::newRow("no file") << false << QByteArray() << TfavoritesFile::ReadResult::NoFile;
+    QTest::newRow("empty file") << true << QByteArray() << TfavoritesFile::ReadResult::NoFile;
+    QTest::newRow("empty object") << true << QByteArray("{}") << TfavoritesFile::ReadResult::Read;
+    QTest::newRow("empty array") << true << QByteArray(" [ ]\n") << TfavoritesFile::ReadResult::Read;
+    QTest::newRow("empty favorites") << true << QByteArray("{\"favorites\": {}}") << TfavoritesFile::ReadResult::Read;
+}
+
+void TestFavoritesFile::quietEmptyStarts()
+{
+    QFETCH(bool, create);
+    QFETCH(QByteArray, bytes);
+    QFETCH(TfavoritesFile::ReadResult, result);
+
+    if (create)
+        QVERIFY(writeBytes(m_location, bytes));
+    TfavoritesFile file(m_dir);
+    QCOMPARE(file.read(), result);
+    QVERIFY(file.entries().isEmpty());
+    QVERIFY(file.write(TfavoritesFile::treeOf(entries({"", "/a"}))));
+    QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
+    QVERIFY(shownErrors().isEmpty());
+}
+
+void TestFavoritesFile::unreadableFileIsKeptBeforeTheFirstWrite_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+
+    QTest::newRow("not JSON") << QByteArray("my favorites: /a, /b");
+    QTest::newRow("cut short") << QByteArray("{\"favorites\": {\"\": \"\\/a\"");
+    QTest::newRow("no favorites member") << QByteArray("{\"favourites\": {\"\": \"/a\"}}");
+    QTest::newRow("a member beside favorites") << QByteArray("{\"favorites\": {\"\": \"/a\"}, \"version\": \"2\"}");
+    QTest::newRow("favorites as text") << QByteArray("{\"favorites\": \"/a\"}");
+    QTest::newRow("an entry holding an object") << QByteArray("{\"favorites\": {\"A\": {\"b\": \"/c\"}}}");
+    QTest::newRow("deeply nested") << QByteArray(200000, '[') + QByteArray(200000, ']');
+    QTest::newRow("text at the root") << QByteArray("\"/a\"");
+    QTest::newRow("not UTF-8") << QByteArray("{\"favorites\": {\"\": \"/caf\xE9\"}}");
+    QByteArray huge("{\"favorites\": {\"\": \"/a\"");
+    huge += QByteArray(int(TfavoritesFile::kMaxFileSize), ' ');
+    huge += "}}";
+    QTest::newRow("huge") << huge;
+}
+
+void TestFavoritesFile::unreadableFileIsKeptBeforeTheFirstWrite()
+{
+    QFETCH(QByteArray, bytes);
+    QVERIFY(writeBytes(m_location, bytes));
+
+    TfavoritesFile file(m_dir);
+    QCOMPARE(file.read(), TfavoritesFile::ReadResult::Unreadable);
+    QVERIFY(file.entries().isEmpty());
+    const QString aside = file.keptAsidePath();
+    QVERIFY2(QRegularExpression(QStringLiteral("/favs\\.json\\.unreadable-\\d{8}-\\d{6}(-\\d+)?$")).match(aside).hasMatch(),
+             qPrintable(aside));
+    const QString told = notice("kContentBrowserFavoritesUnreadable",
+                                {QDir::toNativeSeparators(m_location), QDir::toNativeSeparators(aside)});
+    QVERIFY(TstringTable::contains(QStringLiteral("kContentBrowserFavoritesUnreadable")));
+    QCOMPARE(shownErrors(), QStringList{told});
+    // Reading alone moves nothing.
+    QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
+    QVERIFY(readBytes(m_location) == bytes);
+
+    QVERIFY(file.write(TfavoritesFile::treeOf(entries({"", "/new"}))));
+    QVERIFY(readBytes(aside) == bytes);
+    QVERIFY(readBytes(m_location).contains("\\/new"));
+    QCOMPARE(siblings(m_dir).size(), 2);
+
+    // Kept once: later writes neither copy again nor tell again.
+    QVERIFY(file.write(TfavoritesFile::treeOf(entries({"", "/new", "", "/newer"}))));
+    QCOMPARE(siblings(m_dir).size(), 2);
+    QCOMPARE(shownErrors().size(), 1);
+
+    TfavoritesFile again(m_dir);
+    QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
+    QCOMPARE(again.entries(), entries({"", "/new", "", "/newer"}));
+}
+
+void TestFavoritesFile::fileThatCannotBeKeptIsNeverReplaced()
+{
+    // A folder where the file should be can be neither read nor copied aside.
+    QVERIFY(QDir().mkpath(m_location + QStringLiteral("/inside")));
+    TfavoritesFile file(m_dir);
+    QCOMPARE(file.read(), TfavoritesFile::ReadResult::Unreadable);
+    const QString aside = file.keptAsidePath();
+
+    const TfavoritesFile::Tree wanted = TfavoritesFile::treeOf(entries({"", "/a"}));
+    QVERIFY(!file.write(wanted));
+    QVERIFY(file.entries().isEmpty());
+    QVERIFY(QFileInfo(m_location + QStringLiteral("/inside")).isDir());
+    QCOMPARE(shownErrors().size(), 2);
+    QCOMPARE(shownErrors().last(), notice("kContentBrowserFavoritesNotKeptAside", {QDir::toNativeSeparators(m_location),
+                                                                                    QDir::toNativeSeparators(aside)}));
+    QVERIFY(TstringTable::contains(QStringLiteral("kContentBrowserFavoritesNotKeptAside")));
+
+    // Once the user has moved it away, favorites are saved again.
+    QVERIFY(QDir(m_location).removeRecursively());
+    QVERIFY(file.write(wanted));
+    QCOMPARE(file.entries(), entries({"", "/a"}));
+}
+
+void TestFavoritesFile::failedWriteLeavesDiskAndMemory_data()
+{
+    QTest::addColumn<Failure>("failure");
+
+    QTest::newRow("missing preference directory") << Failure::MissingDirectory;
+    QTest::newRow("preference directory is a file") << Failure::DirectoryIsAFile;
+    QTest::newRow("read-only preference directory") << Failure::ReadOnlyDirectory;
+#ifdef Q_OS_UNIX
+    QTest::newRow("full disk") << Failure::FullDisk;
+#endif
+}
+
+void TestFavoritesFile::failedWriteLeavesDiskAndMemory()
+{
+    QFETCH(Failure, failure);
+
+    const Entries before = entries({"", "/kept", "F", "/f"});
+    QString dir = m_dir;
+    if (failure == Failure::MissingDirectory) {
+        dir = m_temp->path() + QStringLiteral("/not-there");
+    } else if (failure == Failure::DirectoryIsAFile) {
+        dir = m_temp->path() + QStringLiteral("/plain-file");
+        QVERIFY(writeBytes(dir, "x"));
+    }
+    TfavoritesFile file(dir);
+    QVERIFY(file.write(TfavoritesFile::treeOf(before)) == (dir == m_dir));
+    TcommandEngine::clearRecord();
+    const QByteArray bytesBefore = readBytes(file.location());
+    const Entries memoryBefore = file.entries();
+    const QStringList filesBefore = siblings(m_dir);
+
+    const TfavoritesFile::Tree wanted = TfavoritesFile::treeOf(entries({"", "/kept", "F", "/f", "", "/added"}));
+    bool written = false;
+    if (failure == Failure::ReadOnlyDirectory) {
+        QVERIFY(QFile::setPermissions(m_dir, QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+#ifdef Q_OS_UNIX
+        if (::geteuid() == 0)
+            QSKIP("permissions do not bind the superuser");
+#endif
+        written = file.write(wanted);
+    } else if (failure == Failure::FullDisk) {
+#ifdef Q_OS_UNIX
+        // A file size limit below the new file's size fails its write as a full disk would.
+        rlimit saved {};
+        QVERIFY(::getrlimit(RLIMIT_FSIZE, &saved) == 0);
+        const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit small = saved;
+        small.rlim_cur = rlim_t(bytesBefore.size());
+        QVERIFY(::setrlimit(RLIMIT_FSIZE, &small) == 0);
+        written = file.write(wanted);
+        ::setrlimit(RLIMIT_FSIZE, &saved);
+        std::signal(SIGXFSZ, previousHandler);
+#endif
+    } else {
+        written = file.write(wanted);
+    }
+
+    QVERIFY(!written);
+    QVERIFY(readBytes(file.location()) == bytesBefore);
+    QCOMPARE(siblings(m_dir), filesBefore);
+    QVERIFY2(file.entries() == memoryBefore, qPrintable(describe(file.entries())));
+    const QStringList errors = shownErrors();
+    QCOMPARE(errors.size(), 1);
+    const QString prefix = notice("kContentBrowserFavoritesNotSaved", {QDir::toNativeSeparators(file.location()), "\x01"})
+                               .section(u'\x01', 0, 0);
+    QVERIFY2(errors.first().startsWith(prefix), qPrintable(errors.first()));
+    QVERIFY(TstringTable::contains(QStringLiteral("kContentBrowserFavoritesNotSaved")));
+}
+
+void TestFavoritesFile::withoutPreferenceDirNothingIsTouched()
+{
+    TfavoritesFile file{QString()};
+    QVERIFY(file.location().isEmpty());
+    QCOMPARE(file.read(), TfavoritesFile::ReadResult::NoFile);
+    QVERIFY(file.write(TfavoritesFile::treeOf(entries({"B", "/b", "", "/a"}))));
+    QCOMPARE(file.entries(), entries({"", "/a", "B", "/b"}));
+    QVERIFY(shownErrors().isEmpty());
+}
+
+QTEST_MAIN(TestFavoritesFile)
+#include "tst_favoritesfile.moc"
