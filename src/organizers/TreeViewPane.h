@@ -1,0 +1,117 @@
+#pragma once
+
+#include <QHash>
+#include <QModelIndex>
+#include <QString>
+#include <QWidget>
+
+#include <memory>
+
+class BrowserTreeView;
+class QTabWidget;
+class TassetBrowserOptions;
+class TbasicWidgetWithToolbar;
+class TdirectoryFilterProxy;
+class TfavoritesOrganizer;
+class TfileSystemModel;
+class TlibraryOrganizer;
+class TprojectsOrganizer;
+class TreeViewFileIconProvider;
+class TstringArray;
+class TtreeViewItemDelegate;
+
+// The browser's left side panel: Projects, System, Library and Favorites tabs. Whichever tab
+// the user works in, every chosen folder leaves through newPathSelected. Per host context it
+// remembers which tabs are shown and which tab and folder were current, in two option
+// variables named by the context key.
+class TreeViewPane : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // Fixed tab identifiers; they also give the tabs' order.
+    enum TabId { ProjectsTab = 0, SystemTab = 1, LibraryTab = 2, FavoritesTab = 3 };
+
+    // A pane whose System tree starts at rootPath, with the Projects tab hidden.
+    TreeViewPane(const QString& rootPath, const TassetBrowserOptions& options, QWidget* parent);
+    // A pane over the whole file system with all four tabs shown.
+    TreeViewPane(const TassetBrowserOptions& options, QWidget* parent);
+    ~TreeViewPane() override;
+
+    QSize sizeHint() const override;
+
+    // Restores the state stored for context (see the source for the rules of the location
+    // and panels variables); defaultTab ("projects", "system", "examples", "favorites") and
+    // defaultPath apply when nothing usable is stored. Empty defaults start the context fresh.
+    void setContext(const QString& context, const QString& defaultTab, const QString& defaultPath);
+    // Stores the current tab and folder and the four tab flags under the context key; nothing
+    // without a context.
+    void saveContext();
+    // The context name with "ContentBrowserContext" appended; empty without a context.
+    QString contextKey() const { return m_contextKey; }
+
+    // The four tab flags in stored order: projects, system, library, favorites.
+    bool isTabShown(TabId id) const;
+    // The tab widget index of id; -1 when the tab is hidden.
+    int tabIndex(TabId id) const { return m_tabIndexes.value(id, -1); }
+    TabId currentTabId() const;
+
+    QTabWidget* tabWidget() const { return m_tabs; }
+    BrowserTreeView* systemTree() const { return m_tree; }
+    TfileSystemModel* systemModel() const { return m_model; }
+    TdirectoryFilterProxy* systemProxy() const { return m_proxy; }
+    TtreeViewItemDelegate* systemDelegate() const { return m_delegate; }
+    TprojectsOrganizer* projectsOrganizer() const { return m_projects; }
+    TlibraryOrganizer* libraryOrganizer() const { return m_library; }
+    TfavoritesOrganizer* favoritesOrganizer() const { return m_favorites; }
+    QString lastClickedFolder() const { return m_lastClicked; }
+
+Q_SIGNALS:
+    void newPathSelected(QString path);
+
+public Q_SLOTS:
+    void treeViewClicked(QModelIndex index);
+    void setNewRootIndex(QString path);
+    void expandTreeToIndex(QString path);
+    void updateCurrentTab(QString path);
+    void addSelectedToFavorite();
+    void openTreeviewContextMenu(QPoint pos);
+    void onToggleSystemTab(bool visible);
+    void onToggleFavoritesTab(bool visible);
+    void onToggleLibraryTab(bool visible);
+    void onToggleProjectsTab(bool visible);
+    void currentTabChanged(int currentIndex);
+    void onTreeViewExpand(QModelIndex index);
+    void onTreeViewCollapsed(QModelIndex index);
+
+private:
+    void build(const QString& rootPath);
+    void rebuildTabs();
+    void makeTabCurrent(TabId id);
+    QModelIndex proxyIndexOf(const QString& path) const;
+    QString pathOf(const QModelIndex& proxyIndex) const;
+    bool isExpandableFolder(const QModelIndex& proxyIndex) const;
+    void applyDefaults(const QString& defaultTab, const QString& defaultPath);
+    bool restoreLocation(const TstringArray& location);
+    void appendProjectsEntry(TstringArray& location) const;
+    void writeLocation(const QStringList& location);
+
+    const TassetBrowserOptions* m_options;
+    QTabWidget* m_tabs = nullptr;
+    TprojectsOrganizer* m_projects = nullptr;
+    TbasicWidgetWithToolbar* m_systemFrame = nullptr;
+    BrowserTreeView* m_tree = nullptr;
+    TlibraryOrganizer* m_library = nullptr;
+    TfavoritesOrganizer* m_favorites = nullptr;
+    TfileSystemModel* m_model = nullptr;
+    TdirectoryFilterProxy* m_proxy = nullptr;
+    std::unique_ptr<TreeViewFileIconProvider> m_iconProvider;
+    TtreeViewItemDelegate* m_delegate = nullptr;
+    bool m_showSystem = true;
+    bool m_showLibrary = true;
+    bool m_showFavorites = true;
+    bool m_showProjects = true;
+    QHash<int, int> m_tabIndexes;
+    QString m_lastClicked;
+    QString m_contextKey;
+};
