@@ -3,8 +3,12 @@
 // (median and worst). When vipsthumbnail is on the PATH it makes thumbnails of the same files
 // at the same size in the same run, all in one process, and the ratio of the means is printed.
 //
-//   bench_thumbnails [--images N] [--width W] [--height H] [--size S] [--keep DIR]
+// With --loader the provider gets a host image loader that decodes each photograph whole, as
+// a host that pictures image files itself does; the provider then only fits its picture.
+//
+//   bench_thumbnails [--images N] [--width W] [--height H] [--size S] [--keep DIR] [--loader]
 
+#include "TabImageLoader.h"
 #include "TassetBrowserOptions.h"
 #include "ThumbnailFileIconProvider.h"
 
@@ -14,6 +18,7 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QImage>
+#include <QImageReader>
 #include <QLinearGradient>
 #include <QPainter>
 #include <QProcess>
@@ -63,6 +68,23 @@ QImage photograph(const QSize& size, int seed)
     return image;
 }
 
+// A host loader that reads the whole file, upright, as a host picturing images does.
+class TwholeImageLoader : public TabImageLoader
+{
+public:
+    bool loadImage(const QString& filePath, QPixmap& picture) override
+    {
+        QImageReader reader(filePath);
+        reader.setAutoTransform(true);
+        const QImage image = reader.read();
+        if (image.isNull())
+            return false;
+        picture = QPixmap::fromImage(image);
+        return true;
+    }
+    bool canLoadImage(const QString&) const override { return true; }
+};
+
 double median(std::vector<double> values)
 {
     if (values.empty())
@@ -94,7 +116,9 @@ int main(int argc, char** argv)
     const QCommandLineOption keepOption(QStringLiteral("keep"),
                                         QStringLiteral("Use (and fill, if empty) DIR instead of a scratch folder."),
                                         QStringLiteral("DIR"));
-    parser.addOptions({imagesOption, widthOption, heightOption, sizeOption, keepOption});
+    const QCommandLineOption loaderOption(QStringLiteral("loader"),
+                                          QStringLiteral("Give the provider a host loader that decodes whole images."));
+    parser.addOptions({imagesOption, widthOption, heightOption, sizeOption, keepOption, loaderOption});
     parser.process(app);
     const int count = qMax(1, parser.value(imagesOption).toInt());
     const QSize photoSize(parser.value(widthOption).toInt(), parser.value(heightOption).toInt());
@@ -117,8 +141,12 @@ int main(int argc, char** argv)
     std::printf("%d JPEG photographs of %dx%d in %s (ready in %.1f s)\n", count, photoSize.width(),
                 photoSize.height(), qPrintable(folder), making.elapsed() / 1000.0);
 
-    // No host: 100 per cent, no image loader, so every photograph is decoded by the provider.
+    // No scaling callback: 100 per cent. Without --loader every photograph is decoded by the
+    // provider itself.
     TassetBrowserOptions options;
+    TwholeImageLoader loader;
+    if (parser.isSet(loaderOption))
+        options.setImageLoader(&loader);
     ThumbnailFileIconProvider provider(&options, QSize(edge, edge), false);
     Tint32Array sizes;
     sizes.addLast(edge);
@@ -142,8 +170,9 @@ int main(int argc, char** argv)
     double providerTotal = 0;
     for (double t : times)
         providerTotal += t;
-    std::printf("provider icon() at %dx%d: median %.2f ms, worst %.2f ms, mean %.2f ms per image\n", edge, edge,
-                providerMedian, providerWorst, providerTotal / count);
+    std::printf("provider icon() at %dx%d%s: median %.2f ms, worst %.2f ms, mean %.2f ms per image\n", edge, edge,
+                parser.isSet(loaderOption) ? " with a whole-image host loader" : "", providerMedian, providerWorst,
+                providerTotal / count);
 
     const QString vips = QStandardPaths::findExecutable(QStringLiteral("vipsthumbnail"));
     if (vips.isEmpty()) {

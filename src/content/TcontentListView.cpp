@@ -1,6 +1,8 @@
 #include "TcontentListView.h"
 
 #include "BrowserListView.h"
+#include "TabDpiScaling.h"
+#include "TassetBrowserOptions.h"
 #include "TbrowserListViewSpecialHighlightStyle.h"
 #include "TbrowserStrings.h"
 #include "TbrowserToolbar.h"
@@ -41,6 +43,8 @@ TcontentListView::TcontentListView(const TassetBrowserOptions* options, QAbstrac
     createSlider();
 
     m_view = new BrowserListView(this);
+    if (TabDpiScaling* scaling = options ? options->dpiScaling() : nullptr)
+        m_view->setFont(scaling->scaledFont(m_view->font()));
     m_view->setSelectionBehavior(QAbstractItemView::SelectItems);
     m_view->setGridSize(gridSizeFor(m_iconSize));
     m_view->setMovement(QListView::Snap);

@@ -1,6 +1,8 @@
 #include "TcontentTreeView.h"
 
 #include "BrowserTreeView.h"
+#include "TabDpiScaling.h"
+#include "TassetBrowserOptions.h"
 #include "TbrowserStrings.h"
 #include "TbrowserToolbar.h"
 #include "TuiScale.h"
@@ -23,6 +25,8 @@ TcontentTreeView::TcontentTreeView(const TassetBrowserOptions* options, QAbstrac
     toolbar()->addWidget(m_viewToggle, TbrowserToolbar::LeftSide);
 
     m_view = new BrowserTreeView(this);
+    if (TabDpiScaling* scaling = options ? options->dpiScaling() : nullptr)
+        m_view->setFont(scaling->scaledFont(m_view->font()));
     // A flat listing of one folder: the pane opens folders itself on a double-click.
     m_view->setRootIsDecorated(false);
     m_view->setItemsExpandable(false);
@@ -36,7 +40,16 @@ TcontentTreeView::TcontentTreeView(const TassetBrowserOptions* options, QAbstrac
     m_view->setIconSize(TuiScale::size(options, 16, 16));
     m_view->setAllColumnsShowFocus(true);
     m_view->header()->setStretchLastSection(true);
+    // Names arrive after the view is laid out; the column follows them as they come. A mode
+    // can only be given to a section that exists.
+    QHeaderView* header = m_view->header();
+    const auto fitNames = [header] {
+        if (header->count() > 0)
+            header->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    };
+    connect(header, &QHeaderView::sectionCountChanged, this, fitNames);
     m_view->setModel(model);
+    fitNames();
 
     verticalLayout()->addWidget(m_view);
 }

@@ -74,6 +74,8 @@ private Q_SLOTS:
     void selectedThumbnailIsFramedNotFilled();
     void rootPathChangeEndsTheAnimation();
     void toggleButtonsAndViews();
+    void itemTextsUseTheHostFont();
+    void detailNamesArrivingLateAreNotCut();
 
 private:
     std::unique_ptr<TfreshHostState> m_state;
@@ -320,6 +322,50 @@ void TestContentViews::toggleButtonsAndViews()
     QTest::mouseClick(details.viewToggleButton(), Qt::LeftButton);
     QCOMPARE(toList.count(), 1);
     QCOMPARE(toGrid.count(), 1);
+}
+
+namespace {
+class TlargeFontHost : public TrecordingHost
+{
+public:
+    QFont scaledFont(const QFont& font) const override
+    {
+        QFont larger = font;
+        larger.setPointSizeF(font.pointSizeF() * 2);
+        return larger;
+    }
+};
+} // namespace
+
+void TestContentViews::itemTextsUseTheHostFont()
+{
+    TlargeFontHost host;
+    const TassetBrowserOptions options = host.options();
+    QStandardItemModel model;
+    TcontentListView grid(&options, &model, nullptr);
+    TcontentTreeView details(&options, &model);
+    const qreal base = QFont().pointSizeF();
+    QCOMPARE(grid.listView()->font().pointSizeF(), 2 * base);
+    QCOMPARE(details.treeView()->font().pointSizeF(), 2 * base);
+    // The cell leaves room for two lines of the larger names.
+    const int nameHeight = grid.gridSizeFor(QSize(64, 64)).height() - 64;
+    QVERIFY(nameHeight >= 2 * grid.listView()->fontMetrics().lineSpacing());
+}
+
+void TestContentViews::detailNamesArrivingLateAreNotCut()
+{
+    TrecordingHost host;
+    const TassetBrowserOptions options = host.options();
+    QStandardItemModel model;
+    TcontentTreeView details(&options, &model);
+    details.resize(600, 300);
+    details.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&details));
+    // As a folder listing does: the rows come after the view has been laid out.
+    const QString name = QStringLiteral("Harbour_Scene_Lighting_Final_v012.vela");
+    model.setColumnCount(2);
+    model.appendRow({new QStandardItem(name), new QStandardItem(QStringLiteral("12 KB"))});
+    QTRY_VERIFY(details.treeView()->columnWidth(0) >= details.treeView()->fontMetrics().horizontalAdvance(name));
 }
 
 QTEST_MAIN(TestContentViews)
