@@ -1,0 +1,657 @@
+#include "ThumbnailPane.h"
+
+#include "BrowserListView.h"
+#include "BrowserTreeView.h"
+#include "QvelaMenuItem.h"
+#include "TabPopupMenuCreator.h"
+#include "TassetBrowserOptions.h"
+#include "TbrowserStrings.h"
+#include "TbrowserToolbar.h"
+#include "TcontentListView.h"
+#include "TcontentTreeView.h"
+#include "TdirectoryFilterProxy.h"
+#include "TfileSystemModel.h"
+#include "Tint32Array.h"
+#include "TscriptCommand.h"
+#include "ThumbnailFileIconProvider.h"
+#include "TuiScale.h"
+
+#include <QActionGroup>
+#include <QCheckBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QMenu>
+#include <QPointer>
+#include <QSignalBlocker>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <QWidgetAction>
+
+namespace {
+
+const int nameColumn = 0;
+
+// Paths holding these are sculpting stamps: selecting one uses it at once.
+const char* const strokeSketchMarker = "Stroke_Sketch";
+const char* const sculptingStampsMarker = "Sculpting_Stamps";
+
+QAction* separator(QObject* parent)
+{
+    auto* action = new QAction(parent);
+    action->setSeparator(true);
+    return action;
+}
+
+} // namespace
+
+ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* parent)
+    : QWidget(parent)
+    , m_options(options)
+    , m_thumbnailProvider(std::make_unique<ThumbnailFileIconProvider>(options, TuiScale::size(options, 512, 512), false))
+    , m_smallProvider(std::make_unique<ThumbnailFileIconProvider>(options, TuiScale::size(options, 16, 16), true))
+{
+    // Sixteen pixels leave nothing for the host's picture to show.
+    m_smallProvider->setUseImageLoader(false);
+
+    m_fileModel = new TfileSystemModel(options, this);
+    m_fileModel->setIconProvider(m_thumbnailProvider.get());
+    // Entries are created and renamed in place.
+    m_fileModel->setReadOnly(false);
+    m_proxy = new TdirectoryFilterProxy(this);
+    m_proxy->setSourceModel(m_fileModel);
+    m_proxy->setDynamicSortFilter(true);
+    m_proxy->setSortCaseSensitivity(Qt::CaseInsensitive);
+
+    buildSortMenu();
+    buildViewMenu();
+
+    m_listView = new TcontentListView(options, m_proxy, m_thumbnailProvider.get(), this);
+    m_treeView = new TcontentTreeView(options, m_proxy, this);
+    m_treeView->hide();
+    addToolButtons(m_listView);
+    addToolButtons(m_treeView);
+
+    buildSettingsMenu();
+    for (TcontentWidget* widget : {static_cast<TcontentWidget*>(m_listView), static_cast<TcontentWidget*>(m_treeView)}) {
+        connect(widget, &TwidgetWithToolbar::gearIconClicked, this, [this](QPoint at) { m_settingsMenu->popup(at); });
+        connect(widget, &TcontentWidget::newTextSearch, m_proxy, &TdirectoryFilterProxy::filterFiles);
+    }
+    connect(m_listView->viewToggleButton(), &QToolButton::clicked, this, &ThumbnailPane::setTreeViewVisible);
+    connect(m_treeView->viewToggleButton(), &QToolButton::clicked, this, &ThumbnailPane::setIconViewVisible);
+
+    wireView(m_listView->listView(), SLOT(listViewDoubleClicked(QModelIndex)));
+    wireView(m_treeView->treeView(), SLOT(treeViewDoubleClicked(QModelIndex)));
+    connect(m_listView->listView()->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &ThumbnailPane::selectionChanged);
+    // The list reports its selection as the grid does, so the preview follows either view.
+    connect(m_treeView->treeView()->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &ThumbnailPane::selectionChanged);
+    connect(this, &ThumbnailPane::newPathDoubleClicked, this, &ThumbnailPane::setListViewRootIndex);
+    connect(this, &ThumbnailPane::newPathClicked, this, &ThumbnailPane::onNewPathClicked);
+
+    // The list's column headers sort as the sort menu does, and show its choice.
+    QHeaderView* header = m_treeView->treeView()->header();
+    header->setSectionsClickable(true);
+    header->setSortIndicatorShown(true);
+    connect(header, &QHeaderView::sortIndicatorChanged, this, [this](int column, Qt::SortOrder order) {
+        const QList<QAction*> keys = m_sortGroup->actions();
+        if (column < 0 || column >= keys.size())
+            return;
+        const bool newColumn = !keys.at(column)->isChecked();
+        keys.at(column)->setChecked(true);
+        m_orderGroup->actions().at(order == Qt::AscendingOrder ? 0 : 1)->setChecked(true);
+        if (newColumn)
+            Q_EMIT sortRequest(column);
+        sort();
+    });
+
+    auto* frame = new QFrame(this);
+    frame->setFrameShape(QFrame::StyledPanel);
+    frame->setLineWidth(0);
+    frame->setMidLineWidth(0);
+    const int inset = -TuiScale::length(options, 5);
+    frame->setContentsMargins(inset, inset, inset, inset);
+    auto* frameLayout = new QVBoxLayout(frame);
+    frameLayout->setContentsMargins(0, 0, 0, 0);
+    frameLayout->setSpacing(0);
+    frameLayout->addWidget(m_listView);
+    frameLayout->addWidget(m_treeView);
+
+    auto* layout = new QVBoxLayout(this);
+    const int side = TuiScale::length(options, 2);
+    layout->setContentsMargins(side, 0, side, 0);
+    layout->setSpacing(TuiScale::length(options, 5));
+    layout->addWidget(frame);
+
+    sort();
+}
+
+ThumbnailPane::~ThumbnailPane()
+{
+    // The views and the model hold raw pointers to the icon providers, which are members:
+    // they go first, while the providers still exist.
+    delete m_listView;
+    delete m_treeView;
+    delete m_proxy;
+    delete m_fileModel;
+}
+
+void ThumbnailPane::wireView(QAbstractItemView* view, const char* doubleClickSlot)
+{
+    connect(view, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(openContextMenu(QPoint)));
+    connect(view, SIGNAL(doubleClicked(QModelIndex)), this, doubleClickSlot);
+    connect(view, SIGNAL(rightClicked(const QModelIndex&)), this, SLOT(listViewRightClicked(const QModelIndex&)));
+    connect(view, SIGNAL(clicked(const QModelIndex&)), this, SLOT(listViewClicked(const QModelIndex&)));
+}
+
+void ThumbnailPane::buildSortMenu()
+{
+    m_sortMenu = new QMenu(this);
+    m_sortGroup = new QActionGroup(this);
+    m_sortGroup->setExclusive(true);
+    const TstringId* keys[] = {&rContentBrowserMenuViewItemSortName, &rContentBrowserMenuViewItemSortSize,
+                               &rContentBrowserMenuViewItemSortType, &rContentBrowserMenuViewItemSortDateModified};
+    int column = 0;
+    for (const TstringId* key : keys) {
+        QAction* action = m_sortMenu->addAction(key->asQString());
+        action->setCheckable(true);
+        action->setData(column++);
+        m_sortGroup->addAction(action);
+    }
+    m_sortGroup->actions().first()->setChecked(true);
+
+    m_sortMenu->addSeparator();
+    m_orderGroup = new QActionGroup(this);
+    m_orderGroup->setExclusive(true);
+    QAction* ascending = m_sortMenu->addAction(rContentBrowserMenuViewItemSortAscending.asQString());
+    ascending->setCheckable(true);
+    ascending->setData(true);
+    ascending->setChecked(true);
+    m_orderGroup->addAction(ascending);
+    QAction* descending = m_sortMenu->addAction(rContentBrowserMenuViewItemSortDescending.asQString());
+    descending->setCheckable(true);
+    descending->setData(false);
+    m_orderGroup->addAction(descending);
+
+    connect(m_sortGroup, &QActionGroup::triggered, this, &ThumbnailPane::modifySort);
+    connect(m_orderGroup, &QActionGroup::triggered, this, &ThumbnailPane::modifySort);
+}
+
+void ThumbnailPane::buildViewMenu()
+{
+    m_viewMenu = new QMenu(this);
+    m_viewGroup = new QActionGroup(this);
+    m_viewGroup->setExclusive(true);
+    QAction* list = m_viewMenu->addAction(rContentBrowserMenuItemListView.asQString());
+    list->setCheckable(true);
+    m_viewGroup->addAction(list);
+    QAction* thumbnails = m_viewMenu->addAction(rContentBrowserMenuItemThumbnailView.asQString());
+    thumbnails->setCheckable(true);
+    thumbnails->setChecked(true);
+    m_viewGroup->addAction(thumbnails);
+    connect(list, &QAction::triggered, this, &ThumbnailPane::setTreeViewVisible);
+    connect(thumbnails, &QAction::triggered, this, &ThumbnailPane::setIconViewVisible);
+}
+
+void ThumbnailPane::buildSettingsMenu()
+{
+    m_settingsMenu = new QMenu(this);
+    using Toggle = void (ThumbnailPane::*)();
+    const struct
+    {
+        const TstringId* key;
+        Toggle signal;
+    } entries[] = {
+        {&rContentBrowserFilePathBar, &ThumbnailPane::toggleFilePathBar},
+        {&rContentBrowserMenuTabProjects, &ThumbnailPane::toggleProjectsTab},
+        {&rContentBrowserMenuTabSystem, &ThumbnailPane::toggleSystemTab},
+        {&rContentBrowserMenuTabFavorites, &ThumbnailPane::toggleFavoritesTab},
+        {&rContentBrowserMenuTabLibrary, &ThumbnailPane::toggleLibraryTab},
+        {&rContentBrowserMenuTabPreview, &ThumbnailPane::togglePreviewTab},
+        {&rContentBrowserMenuTabMetadata, &ThumbnailPane::toggleMetadataTab},
+    };
+    const int horizontal = TuiScale::length(m_options, 8);
+    const int vertical = TuiScale::length(m_options, 3);
+    for (const auto& entry : entries) {
+        // The check box sits in a padded holder so that it lines up with menu text.
+        auto* holder = new QWidget(m_settingsMenu);
+        auto* row = new QHBoxLayout(holder);
+        row->setContentsMargins(horizontal, vertical, horizontal, vertical);
+        auto* box = new QCheckBox(entry.key->asQString(), holder);
+        box->setChecked(true);
+        row->addWidget(box);
+        auto* action = new QWidgetAction(m_settingsMenu);
+        action->setDefaultWidget(holder);
+        m_settingsMenu->addAction(action);
+        connect(box, &QCheckBox::clicked, this, entry.signal);
+        m_panelToggles << box;
+    }
+}
+
+void ThumbnailPane::addToolButtons(TcontentWidget* widget)
+{
+    const QSize buttonSize = TuiScale::size(m_options, 20, 20);
+    auto makeButton = [&](const char* image, const TstringId& tip) {
+        auto* button = new QToolButton(widget);
+        button->setAutoRaise(true);
+        button->setIcon(TuiScale::icon(m_options, QLatin1String(image)));
+        button->setFixedSize(buttonSize);
+        button->setIconSize(buttonSize);
+        button->setToolTip(tip.asQString());
+        widget->toolbar()->addWidget(button, TbrowserToolbar::LeftSide);
+        return button;
+    };
+    connect(makeButton("CB_ParentFolder.png", rTooltipGotoParentDirectory), &QToolButton::clicked, this,
+            &ThumbnailPane::goToParentDirectory);
+    connect(makeButton("CB_NewFolder.png", rTooltipCreatenewfolder), &QToolButton::clicked, this,
+            &ThumbnailPane::createSubDirectory);
+    QToolButton* sortButton = makeButton("CB_SortBy.png", rTooltipSortby);
+    sortButton->setMenu(m_sortMenu);
+    sortButton->setPopupMode(QToolButton::InstantPopup);
+    sortButton->setStyleSheet(QStringLiteral("QToolButton::menu-indicator { image: none; }"));
+}
+
+QAbstractItemView* ThumbnailPane::visibleView() const
+{
+    if (isTreeViewVisible())
+        return m_treeView->treeView();
+    return m_listView->listView();
+}
+
+TcontentWidget* ThumbnailPane::visibleWidget() const
+{
+    if (isTreeViewVisible())
+        return m_treeView;
+    return m_listView;
+}
+
+bool ThumbnailPane::isTreeViewVisible() const
+{
+    return !m_treeView->isHidden();
+}
+
+QString ThumbnailPane::pathOf(const QModelIndex& proxyIndex) const
+{
+    if (!proxyIndex.isValid())
+        return QString();
+    return m_fileModel->filePath(m_proxy->mapToSource(proxyIndex));
+}
+
+bool ThumbnailPane::isDirectory(const QModelIndex& proxyIndex) const
+{
+    return m_fileModel->isDir(m_proxy->mapToSource(proxyIndex));
+}
+
+QStringList ThumbnailPane::selectedPaths() const
+{
+    QItemSelectionModel* selection = visibleView()->selectionModel();
+    if (!selection)
+        return QStringList();
+    const QModelIndexList indexes = isTreeViewVisible() ? selection->selectedRows(nameColumn) : selection->selectedIndexes();
+    QStringList paths;
+    for (const QModelIndex& index : indexes)
+        paths << pathOf(index);
+    return paths;
+}
+
+QString ThumbnailPane::currentPath() const
+{
+    return pathOf(visibleView()->currentIndex());
+}
+
+int ThumbnailPane::thumbnailSize() const
+{
+    return m_listView->thumbnailSize();
+}
+
+void ThumbnailPane::setThumbnailSize(int size)
+{
+    m_listView->setThumbnailSize(size);
+}
+
+void ThumbnailPane::setPanelsStatus(const Tint32Array& status)
+{
+    if (status.length() != 7)
+        return;
+    // The stored order (projects, system, library, favorites, path bar, preview, metadata)
+    // against the menu's order (path bar, projects, system, favorites, library, preview,
+    // metadata).
+    const int storedIndex[] = {4, 0, 1, 3, 2, 5, 6};
+    for (int i = 0; i < m_panelToggles.size(); ++i)
+        m_panelToggles.at(i)->setChecked(status[storedIndex[i]] != 0);
+}
+
+QSize ThumbnailPane::sizeHint() const
+{
+    return TuiScale::size(m_options, 800, 500);
+}
+
+QSize ThumbnailPane::minimumSizeHint() const
+{
+    return TuiScale::size(m_options, 115, 98);
+}
+
+void ThumbnailPane::setListViewRootIndex(QString rootPath)
+{
+    const QFileInfo info(rootPath);
+    QString folder;
+    if (info.isDir())
+        folder = info.absoluteFilePath();
+    else if (info.isFile())
+        folder = info.absolutePath();
+    else
+        return;
+    folder = QDir::cleanPath(folder);
+
+    const QModelIndex sourceRoot = m_fileModel->setRootPath(folder);
+    if (!sourceRoot.isValid() || !m_fileModel->isDir(sourceRoot))
+        return;
+    m_currentRootPath = folder;
+    const QModelIndex root = m_proxy->mapFromSource(sourceRoot);
+    for (QAbstractItemView* view : {static_cast<QAbstractItemView*>(m_listView->listView()),
+                                    static_cast<QAbstractItemView*>(m_treeView->treeView())}) {
+        // A selection left in the folder shown before would stay selected, unseen, and
+        // the context menu would act on it.
+        if (view->selectionModel())
+            view->selectionModel()->clear();
+        view->setRootIndex(root);
+    }
+    Q_EMIT m_proxy->rootPathChanged(folder);
+}
+
+void ThumbnailPane::listViewDoubleClicked(QModelIndex index)
+{
+    if (!index.isValid())
+        return;
+    if (isDirectory(index)) {
+        m_listView->setSearchText(QString());
+        Q_EMIT newPathDoubleClicked(pathOf(index));
+        return;
+    }
+    if (m_defaultAction)
+        runDefaultAction();
+}
+
+void ThumbnailPane::treeViewDoubleClicked(QModelIndex index)
+{
+    if (!index.isValid())
+        return;
+    if (isDirectory(index)) {
+        m_treeView->setSearchText(QString());
+        Q_EMIT newPathDoubleClicked(pathOf(index));
+        return;
+    }
+    if (m_defaultAction)
+        runDefaultAction();
+}
+
+void ThumbnailPane::runDefaultAction()
+{
+    const QList<QAction*> actions = getContextMenuAction(false);
+    if (!actions.isEmpty() && !actions.first()->isSeparator())
+        actions.first()->trigger();
+    // Made for this one use; later, as a host action may still be on the stack.
+    for (QAction* action : actions)
+        action->deleteLater();
+}
+
+void ThumbnailPane::newFavoriteAddRequest()
+{
+    Q_EMIT requestAddToFavorites(selectedPaths());
+}
+
+void ThumbnailPane::currentDirectoryFavoriteAddRequest()
+{
+    Q_EMIT requestAddToFavorites(QStringList{m_fileModel->rootPath()});
+}
+
+void ThumbnailPane::openContextMenu(QPoint pos)
+{
+    QAbstractItemView* view = visibleView();
+    QItemSelectionModel* selection = view->selectionModel();
+    if (!selection)
+        return;
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (selection->hasSelection()) {
+        const QList<QAction*> actions = getContextMenuAction(true);
+        // The menu owns what it shows, so nothing of it outlives the menu.
+        for (QAction* action : actions)
+            action->setParent(menu);
+        menu->addActions(actions);
+    } else {
+        menu->addAction(rContentBrowserContextMenuAddFavorites.asQString(), this,
+                        &ThumbnailPane::currentDirectoryFavoriteAddRequest);
+        menu->addAction(kContentBrowserRBMNewDir.asQString(), this, &ThumbnailPane::createSubDirectory);
+    }
+    menu->popup(view->viewport()->mapToGlobal(pos));
+}
+
+QList<QAction*> ThumbnailPane::getContextMenuAction(bool withFavorite)
+{
+    QList<QAction*> actions;
+    if (TabPopupMenuCreator* creator = m_options ? m_options->popupMenuCreator() : nullptr)
+        actions = creator->fileActions(selectedPaths(), this);
+
+    const QString importText = rContentBrowserContextMenuImportVelaFile.asQString();
+    if (!actions.isEmpty() && actions.first()->text().contains(importText)) {
+        delete actions.takeFirst();
+        auto* item = new QvelaMenuItem(importText, this);
+        auto* box = new QAction(item);
+        item->setOptionBoxAction(box);
+        connect(item, &QAction::triggered, this, &ThumbnailPane::importSysFile);
+        connect(box, &QAction::triggered, this, &ThumbnailPane::openSysFileWithImportOptions);
+        actions.prepend(item);
+    }
+    const QString referenceText = rContentBrowserContextMenuReferenceVelaFile.asQString();
+    if (!actions.isEmpty() && actions.last()->text().contains(referenceText)) {
+        delete actions.takeLast();
+        auto* item = new QvelaMenuItem(referenceText, this);
+        auto* box = new QAction(item);
+        item->setOptionBoxAction(box);
+        connect(item, &QAction::triggered, this, &ThumbnailPane::referenceSysFile);
+        connect(box, &QAction::triggered, this, &ThumbnailPane::referenceSysFileWithImportOptions);
+        actions.append(item);
+    }
+
+    actions.append(separator(this));
+    if (withFavorite) {
+        actions.append(separator(this));
+        auto* favorite = new QAction(rContentBrowserContextMenuAddFavorites.asQString(), this);
+        connect(favorite, &QAction::triggered, this, &ThumbnailPane::newFavoriteAddRequest);
+        actions.append(favorite);
+    }
+    return actions;
+}
+
+void ThumbnailPane::toggleListIconView()
+{
+    if (isTreeViewVisible())
+        setIconViewVisible();
+    else
+        setTreeViewVisible();
+}
+
+void ThumbnailPane::setIconViewVisible()
+{
+    if (!m_listView->isHidden())
+        return;
+    m_fileModel->setIconProvider(m_thumbnailProvider.get());
+    m_listView->setSearchText(m_treeView->searchText());
+    m_listView->show();
+    m_treeView->hide();
+    m_listView->listView()->setRootIndex(m_treeView->treeView()->rootIndex());
+    m_viewGroup->actions().at(1)->setChecked(true);
+    Q_EMIT toggleView();
+}
+
+void ThumbnailPane::setTreeViewVisible()
+{
+    if (!m_treeView->isHidden())
+        return;
+    m_fileModel->setIconProvider(m_smallProvider.get());
+    m_treeView->setSearchText(m_listView->searchText());
+    m_treeView->show();
+    m_listView->hide();
+    m_treeView->treeView()->setRootIndex(m_listView->listView()->rootIndex());
+    m_viewGroup->actions().at(0)->setChecked(true);
+    Q_EMIT toggleView();
+}
+
+void ThumbnailPane::onNewPathClicked(QString path)
+{
+    if (!m_defaultAction || path.isEmpty() || !QFileInfo(path).isFile())
+        return;
+    if (path.contains(QLatin1String(strokeSketchMarker)) || path.contains(QLatin1String(sculptingStampsMarker)))
+        runDefaultAction();
+}
+
+void ThumbnailPane::sort()
+{
+    const QAction* key = m_sortGroup->checkedAction();
+    const QAction* order = m_orderGroup->checkedAction();
+    const int column = key ? key->data().toInt() : nameColumn;
+    const Qt::SortOrder sortOrder = !order || order->data().toBool() ? Qt::AscendingOrder : Qt::DescendingOrder;
+    m_proxy->sort(column, sortOrder);
+    QHeaderView* header = m_treeView->treeView()->header();
+    const QSignalBlocker blocker(header);
+    header->setSortIndicator(column, sortOrder);
+}
+
+void ThumbnailPane::selectionChanged(QItemSelection selected, QItemSelection deselected)
+{
+    Q_UNUSED(deselected);
+    m_selectionChangedSinceClick = true;
+    auto* selection = qobject_cast<QItemSelectionModel*>(sender());
+    if (!selection)
+        selection = visibleView()->selectionModel();
+    QString path;
+    if (!selected.isEmpty()) {
+        path = pathOf(selected.indexes().constFirst());
+    } else if (selection) {
+        const QModelIndexList all = selection->selectedIndexes();
+        if (!all.isEmpty())
+            path = pathOf(all.constFirst());
+    }
+    Q_EMIT newPathClicked(path);
+}
+
+void ThumbnailPane::listViewClicked(const QModelIndex& index)
+{
+    const bool changed = m_selectionChangedSinceClick;
+    m_selectionChangedSinceClick = false;
+    QItemSelectionModel* selection = visibleView()->selectionModel();
+    if (!changed && index.isValid() && selection && selection->isSelected(index))
+        Q_EMIT newPathClicked(pathOf(index));
+}
+
+void ThumbnailPane::listViewRightClicked(const QModelIndex& index)
+{
+    // A right press on empty space asks for the folder's own menu, whatever was selected.
+    if (index.isValid())
+        return;
+    if (QItemSelectionModel* selection = visibleView()->selectionModel())
+        selection->clear();
+}
+
+void ThumbnailPane::createSubDirectory()
+{
+    const QDir root(m_currentRootPath);
+    if (m_currentRootPath.isEmpty() || !root.exists())
+        return;
+    const QString base = kContentBrowserRBMNewDir.asQString();
+    QString name = base;
+    for (int number = 1; root.exists(name); ++number)
+        name = base + QString::number(number);
+
+    const QModelIndex created = m_fileModel->mkdir(m_fileModel->index(m_currentRootPath), name);
+    if (!created.isValid())
+        return;
+    const QModelIndex index = m_proxy->mapFromSource(created);
+    QAbstractItemView* view = visibleView();
+    QItemSelectionModel::SelectionFlags flags = QItemSelectionModel::ClearAndSelect;
+    if (isTreeViewVisible())
+        flags |= QItemSelectionModel::Rows;
+    view->selectionModel()->setCurrentIndex(index, flags);
+    renameSelectedItem();
+}
+
+void ThumbnailPane::goToParentDirectory()
+{
+    QDir folder(m_currentRootPath);
+    if (m_currentRootPath.isEmpty() || !folder.exists() || !folder.cdUp())
+        return;
+    m_listView->setSearchText(QString());
+    m_treeView->setSearchText(QString());
+    Q_EMIT newPathDoubleClicked(folder.absolutePath());
+}
+
+void ThumbnailPane::renameSelectedItem()
+{
+    QAbstractItemView* view = visibleView();
+    const QModelIndex current = view->currentIndex();
+    if (current.isValid())
+        view->edit(current.siblingAtColumn(nameColumn));
+}
+
+void ThumbnailPane::modifySort(QAction* action)
+{
+    if (action && action->actionGroup() == m_sortGroup)
+        Q_EMIT sortRequest(action->data().toInt());
+    sort();
+}
+
+void ThumbnailPane::displayViewMenu(QPoint menuPos)
+{
+    m_viewMenu->popup(menuPos);
+}
+
+void ThumbnailPane::importSysFile()
+{
+    const QString path = currentPath();
+    if (!path.isEmpty())
+        TscriptCommand::runDeferred(TscriptCommand::fileImport(path));
+}
+
+void ThumbnailPane::referenceSysFile()
+{
+    const QString path = currentPath();
+    if (!path.isEmpty())
+        TscriptCommand::runDeferred(TscriptCommand::fileReference(path));
+}
+
+void ThumbnailPane::openSysFileWithImportOptions()
+{
+    runWithOptions(QStringLiteral("Import"), false);
+}
+
+void ThumbnailPane::referenceSysFileWithImportOptions()
+{
+    runWithOptions(QStringLiteral("Reference"), true);
+}
+
+void ThumbnailPane::runWithOptions(const QString& mode, bool reference)
+{
+    const QString path = currentPath();
+    if (path.isEmpty())
+        return;
+    m_optionsConfirmed = false;
+    QPointer<ThumbnailPane> self(this);
+    // The receiver shows the dialog modally: it has closed, and told us how, on return.
+    Q_EMIT optionsDialogRequested(mode, path);
+    if (!self)
+        return;
+    const bool confirmed = m_optionsConfirmed;
+    m_optionsConfirmed = false;
+    if (confirmed)
+        TscriptCommand::runDeferred(reference ? TscriptCommand::fileReference(path) : TscriptCommand::fileImport(path));
+}
+
+void ThumbnailPane::fileOptionsDialogClosed(bool confirmed)
+{
+    m_optionsConfirmed = confirmed;
+}

@@ -1,0 +1,188 @@
+#pragma once
+
+#include <QItemSelection>
+#include <QList>
+#include <QModelIndex>
+#include <QPoint>
+#include <QSize>
+#include <QString>
+#include <QStringList>
+#include <QWidget>
+
+#include <memory>
+
+class QAction;
+class QActionGroup;
+class QCheckBox;
+class QMenu;
+class QAbstractItemView;
+class TassetBrowserOptions;
+class TcontentListView;
+class TcontentTreeView;
+class TcontentWidget;
+class TdirectoryFilterProxy;
+class TfileSystemModel;
+class ThumbnailFileIconProvider;
+class Tint32Array;
+
+// The browser's content area: one folder, shown as a thumbnail grid or as a detail list,
+// over one file model and one filter proxy. The user selects, opens, sorts, creates and
+// renames entries here, and right-clicks them for the host's file actions.
+//
+// Navigation: double-clicking a folder (or goToParentDirectory) emits newPathDoubleClicked,
+// which the pane itself follows with setListViewRootIndex; the owner records it too. The
+// search text of the view is cleared on the way.
+//
+// Selection: every change of the visible view's selection emits newPathClicked with the
+// path of the first newly selected entry ("" when nothing is selected); a click on an entry
+// that was already selected emits it again.
+//
+// Default action: while the default-action flag is set, double-clicking a file, and
+// selecting a file whose path contains "Stroke_Sketch" or "Sculpting_Stamps", trigger the
+// first action the context menu would offer for it (the host's first action, or import).
+//
+// Context menu: over a selection, the host's actions for the selected paths (the first and
+// last dressed as import and reference entries with option boxes when their texts match),
+// a separator, a second separator and "add to favorites"; over empty space, "add to
+// favorites" for the shown folder and "new folder". Import and reference run as deferred
+// host script commands; their option boxes go through optionsDialogRequested first.
+class ThumbnailPane : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // options: scaling, images and the host's popup-menu creator; not owned, may be null.
+    explicit ThumbnailPane(const TassetBrowserOptions* options, QWidget* parent = nullptr);
+    ~ThumbnailPane() override;
+
+    TcontentListView* listWidget() const { return m_listView; }
+    TcontentTreeView* treeWidget() const { return m_treeView; }
+    TfileSystemModel* fileModel() const { return m_fileModel; }
+    TdirectoryFilterProxy* proxy() const { return m_proxy; }
+    ThumbnailFileIconProvider* thumbnailIconProvider() const { return m_thumbnailProvider.get(); }
+    ThumbnailFileIconProvider* smallIconProvider() const { return m_smallProvider.get(); }
+    // The item view of the view shown now (grid or list).
+    QAbstractItemView* visibleView() const;
+    bool isTreeViewVisible() const;
+
+    // The menus: sort keys and order, list or thumbnails, and the gear's seven panel toggles.
+    QMenu* sortMenu() const { return m_sortMenu; }
+    QMenu* viewMenu() const { return m_viewMenu; }
+    QMenu* settingsMenu() const { return m_settingsMenu; }
+
+    // The folder shown; empty until one is set.
+    QString currentRootPath() const { return m_currentRootPath; }
+    // Paths of the selected entries of the visible view, in selection order.
+    QStringList selectedPaths() const;
+    // Path of the visible view's current entry; empty when there is none.
+    QString currentPath() const;
+
+    // Off by default; the owner decides whether a double-click on a file acts.
+    void setDefaultActionEnabled(bool enabled) { m_defaultAction = enabled; }
+    bool isDefaultActionEnabled() const { return m_defaultAction; }
+
+    // Edge length of the thumbnails (pixels, scaled) and setting it (the slider follows).
+    int thumbnailSize() const;
+    void setThumbnailSize(int size);
+
+    // Sets the seven check boxes of the settings menu from a stored panel layout of seven
+    // values: projects, system, library, favorites tabs, path bar, preview tab, metadata tab
+    // (non-zero = shown). Emits nothing; an array of another length changes nothing.
+    void setPanelsStatus(const Tint32Array& status);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+Q_SIGNALS:
+    // The pane is to show this folder: a folder was double-clicked or its parent asked for.
+    void newPathDoubleClicked(QString path);
+    // The selection changed: path of the first selected entry, "" for none.
+    void newPathClicked(QString path);
+    void requestAddToFavorites(QStringList paths);
+    // A sort key was chosen: 0 name, 1 size, 2 type, 3 date modified.
+    void sortRequest(int columnNumber);
+    void toggleFilePathBar();
+    void toggleProjectsTab();
+    void toggleSystemTab();
+    void toggleFavoritesTab();
+    void toggleLibraryTab();
+    void togglePreviewTab();
+    void toggleMetadataTab();
+    // The view was switched between thumbnails and list (a notification, after the switch).
+    void toggleView();
+    // An option box asks for the import or reference options of path; mode is "Import" or
+    // "Reference". The receiver shows the options dialog modally and, before returning, calls
+    // fileOptionsDialogClosed with whether the user confirmed. Connect it directly.
+    void optionsDialogRequested(QString mode, QString path);
+
+public Q_SLOTS:
+    // Shows the folder rootPath (a file's folder when it names a file); a path that is
+    // neither is ignored.
+    void setListViewRootIndex(QString rootPath);
+    void listViewDoubleClicked(QModelIndex index);
+    void newFavoriteAddRequest();
+    void currentDirectoryFavoriteAddRequest();
+    void treeViewDoubleClicked(QModelIndex index);
+    // pos: in the coordinates of the visible view's viewport.
+    void openContextMenu(QPoint pos);
+    void toggleListIconView();
+    void setIconViewVisible();
+    void setTreeViewVisible();
+    // The stamp-file rule, run on the pane's own newPathClicked.
+    void onNewPathClicked(QString path);
+    // Applies the checked sort key and order.
+    void sort();
+    // The actions for the selected entries, each a child of the pane (the caller takes them).
+    QList<QAction*> getContextMenuAction(bool withFavorite);
+    void selectionChanged(QItemSelection selected, QItemSelection deselected);
+    void createSubDirectory();
+    void goToParentDirectory();
+    void renameSelectedItem();
+    void modifySort(QAction* action);
+    void displayViewMenu(QPoint menuPos);
+    void importSysFile();
+    void openSysFileWithImportOptions();
+    void referenceSysFile();
+    void referenceSysFileWithImportOptions();
+    void listViewRightClicked(const QModelIndex& index);
+    void listViewClicked(const QModelIndex& index);
+    // The options dialog opened through optionsDialogRequested has closed; confirmed tells
+    // whether the user accepted it.
+    void fileOptionsDialogClosed(bool confirmed);
+
+private:
+    void buildSortMenu();
+    void buildViewMenu();
+    void buildSettingsMenu();
+    void addToolButtons(TcontentWidget* widget);
+    void wireView(QAbstractItemView* view, const char* doubleClickSlot);
+    QString pathOf(const QModelIndex& proxyIndex) const;
+    bool isDirectory(const QModelIndex& proxyIndex) const;
+    TcontentWidget* visibleWidget() const;
+    void runDefaultAction();
+    void runWithOptions(const QString& mode, bool reference);
+
+    TcontentListView* m_listView = nullptr;
+    TcontentTreeView* m_treeView = nullptr;
+    TfileSystemModel* m_fileModel = nullptr;
+    TdirectoryFilterProxy* m_proxy = nullptr;
+    const TassetBrowserOptions* m_options;
+    // The model keeps raw pointers to these: the destructor removes the model and the views
+    // before the providers go.
+    std::unique_ptr<ThumbnailFileIconProvider> m_thumbnailProvider;
+    std::unique_ptr<ThumbnailFileIconProvider> m_smallProvider;
+    QActionGroup* m_sortGroup = nullptr;
+    QActionGroup* m_orderGroup = nullptr;
+    QActionGroup* m_viewGroup = nullptr;
+    QMenu* m_sortMenu = nullptr;
+    QMenu* m_viewMenu = nullptr;
+    QMenu* m_settingsMenu = nullptr;
+    QList<QCheckBox*> m_panelToggles;
+    QString m_currentRootPath;
+    bool m_defaultAction = false;
+    // Set by the options dialog's close, read right after it and cleared again.
+    bool m_optionsConfirmed = false;
+    // Whether the selection changed since the last click, so that a click on an entry that
+    // was already selected reports it once more and a click that selected it does not twice.
+    bool m_selectionChangedSinceClick = false;
+};
