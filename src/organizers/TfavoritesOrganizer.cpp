@@ -17,6 +17,11 @@
 #include "TstringFormat.h"
 
 #include <QAction>
+#include <QDataStream>
+#include <QDrag>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
@@ -58,6 +63,63 @@ public:
         QStyledItemDelegate::destroyEditor(editor, index);
         if (editorGone)
             editorGone(index);
+    }
+};
+
+const QLatin1String kDraggedPathsFormat("application/x-orlo-favorite-paths");
+
+// The favorites tree with its own drag and drop: locations are dragged onto a favorite folder
+// (or beside a location in it) or back to the top level, and the organizer moves them. Qt's own
+// move would let a folder land inside a folder or a location inside a location.
+class TfavoritesTreeView : public QTreeView
+{
+public:
+    using QTreeView::QTreeView;
+
+    std::function<void(const QStringList& paths, const QModelIndex& target)> pathsDropped;
+
+protected:
+    void startDrag(Qt::DropActions /*supportedActions*/) override
+    {
+        QStringList paths;
+        const QModelIndexList rows = selectionModel()->selectedRows();
+        for (const QModelIndex& row : rows) {
+            const QString path = row.data(TfavoritesOrganizer::PathRole).toString();
+            if (!path.isEmpty())
+                paths.append(path);
+        }
+        if (paths.isEmpty())
+            return;
+        auto* drag = new QDrag(this);
+        drag->setMimeData(TfavoritesOrganizer::mimeDataForPaths(paths));
+        drag->exec(Qt::MoveAction, Qt::MoveAction);
+    }
+
+    void dragEnterEvent(QDragEnterEvent* event) override { acceptOurs(event); }
+    void dragMoveEvent(QDragMoveEvent* event) override { acceptOurs(event); }
+
+    void dropEvent(QDropEvent* event) override
+    {
+        if (!event->mimeData()->hasFormat(kDraggedPathsFormat)) {
+            event->ignore();
+            return;
+        }
+        const QStringList paths = TfavoritesOrganizer::pathsOfMimeData(event->mimeData());
+        event->setDropAction(Qt::MoveAction);
+        event->accept();
+        if (pathsDropped)
+            pathsDropped(paths, indexAt(event->position().toPoint()));
+    }
+
+private:
+    void acceptOurs(QDragMoveEvent* event)
+    {
+        if (event->mimeData()->hasFormat(kDraggedPathsFormat)) {
+            event->setDropAction(Qt::MoveAction);
+            event->accept();
+        } else {
+            event->ignore();
+        }
     }
 };
 
@@ -125,13 +187,18 @@ TfavoritesOrganizer::TfavoritesOrganizer(const TassetBrowserOptions* options, QW
     m_locationFolderIcon = TuiScale::icon(m_options, kLocationFolderImage);
 
     m_model = new QStandardItemModel(this);
-    m_view = new QTreeView;
+    auto* view = new TfavoritesTreeView;
+    view->pathsDropped = [this](const QStringList& paths, const QModelIndex& target) { moveLocations(paths, target); };
+    m_view = view;
     m_view->setObjectName(QStringLiteral("favoritesTree"));
     m_view->setHeaderHidden(true);
     m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);
     m_view->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_view->setUniformRowHeights(true);
+    m_view->setDragEnabled(true);
+    m_view->setAcceptDrops(true);
+    m_view->setDragDropMode(QAbstractItemView::DragDrop);
     m_view->setIconSize(iconSize);
     m_view->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     m_view->setModel(m_model);
@@ -172,9 +239,10 @@ TfavoritesOrganizer::TfavoritesOrganizer(const TassetBrowserOptions* options, QW
 
 TfavoritesOrganizer::~TfavoritesOrganizer()
 {
-    // The delegate outlives this part of the object during QWidget's teardown.
+    // The view and its delegate outlive this part of the object during QWidget's teardown.
     if (auto* delegate = dynamic_cast<TfavoritesNameDelegate*>(m_view->itemDelegate()))
         delegate->editorGone = nullptr;
+    static_cast<TfavoritesTreeView*>(m_view)->pathsDropped = nullptr;
 }
 
 QToolButton* TfavoritesOrganizer::addToolButton(const QString& image, const QString& tooltip)
@@ -234,10 +302,12 @@ void TfavoritesOrganizer::buildFromFile()
 QStandardItem* TfavoritesOrganizer::makeLocationItem(const QString& path) const
 {
     const QFileInfo info(path);
-    QString text = info.fileName();
+    QString text = QFileInfo(QDir::cleanPath(path)).fileName();
     if (text.isEmpty())
         text = path;
-    const QIcon icon = info.isDir() ? m_locationFolderIcon : m_iconProvider->icon(info);
+    QIcon icon = m_locationFolderIcon;
+    if (!info.isDir())
+        icon = info.exists() ? m_iconProvider->icon(info) : m_iconProvider->icon(QAbstractFileIconProvider::File);
     auto* item = new QStandardItem(icon, text);
     item->setData(path, PathRole);
     item->setToolTip(QDir::toNativeSeparators(path));
@@ -380,6 +450,11 @@ void TfavoritesOrganizer::beginNaming(QStandardItem* folder, bool isNew)
 
 void TfavoritesOrganizer::saveCurrentTreeAsFavorites()
 {
+    writeModelBack();
+}
+
+bool TfavoritesOrganizer::writeModelBack()
+{
     QStandardItem* root = m_model->invisibleRootItem();
     const FolderBeingNamed naming = m_naming;
     QStandardItem* namedFolder = naming.index.isValid() ? m_model->itemFromIndex(naming.index) : nullptr;
@@ -414,13 +489,14 @@ void TfavoritesOrganizer::saveCurrentTreeAsFavorites()
         }
     }
     if (m_file->write(favorites))
-        return;
+        return true;
 
     // Not written: the tree shows what the file and the favorites in memory still hold.
     for (const auto& [item, text] : std::as_const(previousNames))
         item->setText(text);
     if (namedFolder && naming.isNew)
         m_model->removeRow(namedFolder->row());
+    return false;
 }
 
 bool TfavoritesOrganizer::confirmRemoval(bool folder)
@@ -571,6 +647,90 @@ void TfavoritesOrganizer::onNewViewPanelPathSelected(const QString& path)
     m_lastFolder = path;
     if (selectedPath() != path)
         unselectFavorite();
+}
+
+QMimeData* TfavoritesOrganizer::mimeDataForPaths(const QStringList& paths)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream << paths;
+    auto* data = new QMimeData;
+    data->setData(kDraggedPathsFormat, bytes);
+    return data;
+}
+
+QStringList TfavoritesOrganizer::pathsOfMimeData(const QMimeData* data)
+{
+    QStringList paths;
+    if (data) {
+        QDataStream stream(data->data(kDraggedPathsFormat));
+        stream >> paths;
+    }
+    return paths;
+}
+
+void TfavoritesOrganizer::moveLocations(const QStringList& paths, const QModelIndex& target)
+{
+    finishNaming();
+    // A drop on a location inside a folder lands in that folder; anywhere else on the top level.
+    QStandardItem* folder = m_model->itemFromIndex(target);
+    if (folder && folder->parent())
+        folder = folder->parent();
+    if (folder && !isFavoriteFolder(folder))
+        folder = nullptr;
+    QStandardItem* destination = folder ? folder : m_model->invisibleRootItem();
+
+    // The dragged rows are the selected ones; a path the selection no longer holds is found anew.
+    QList<QStandardItem*> dragged;
+    const QModelIndexList rows = m_view->selectionModel()->selectedRows();
+    for (const QString& path : paths) {
+        QStandardItem* found = nullptr;
+        for (const QModelIndex& row : rows) {
+            if (row.data(PathRole).toString() == path)
+                found = m_model->itemFromIndex(row);
+        }
+        if (!found)
+            found = findLocation(path);
+        if (found && !dragged.contains(found))
+            dragged.append(found);
+    }
+
+    struct Move
+    {
+        QStandardItem* item;
+        QStandardItem* from;
+        int row;
+    };
+    QList<Move> moves;
+    for (QStandardItem* item : std::as_const(dragged)) {
+        QStandardItem* from = item->parent() ? item->parent() : m_model->invisibleRootItem();
+        if (from == destination)
+            continue;
+        const QString path = item->data(PathRole).toString();
+        bool alreadyThere = false;
+        for (int row = 0; row < destination->rowCount() && !alreadyThere; ++row)
+            alreadyThere = destination->child(row)->data(PathRole).toString() == path;
+        if (alreadyThere)
+            continue;
+        moves.append(Move{item, from, item->row()});
+        destination->appendRow(from->takeRow(item->row()));
+    }
+    if (moves.isEmpty())
+        return;
+
+    if (!writeModelBack()) {
+        for (auto it = moves.crbegin(); it != moves.crend(); ++it) {
+            QStandardItem* now = it->item->parent() ? it->item->parent() : m_model->invisibleRootItem();
+            it->from->insertRow(it->row, now->takeRow(it->item->row()));
+        }
+        return;
+    }
+    for (const Move& move : std::as_const(moves)) {
+        if (move.from != m_model->invisibleRootItem() && move.from->rowCount() == 0)
+            move.from->setIcon(m_favoriteFolderIcon);
+    }
+    if (folder)
+        m_view->expand(folder->index());
 }
 
 void TfavoritesOrganizer::itemCollapsed(const QModelIndex& index)

@@ -14,6 +14,7 @@
 
 class QAction;
 class QMenu;
+class QMimeData;
 class QModelIndex;
 class QPoint;
 class QStandardItem;
@@ -65,6 +66,11 @@ public:
     void tabBecameCurrent();
     // The folder onNewViewPanelPathSelected last remembered; the path selector opens there.
     QString lastChosenFolder() const { return m_lastFolder; }
+
+    // What a drag of favorite locations carries: their paths, which a drop onto a favorite
+    // folder (or a location in it) moves into that folder and a drop elsewhere to the top level.
+    static QMimeData* mimeDataForPaths(const QStringList& paths);
+    static QStringList pathsOfMimeData(const QMimeData* data);
 
     QStandardItemModel* model() const { return m_model; }
     QTreeView* view() const { return m_view; }
@@ -140,6 +146,11 @@ private:
     void beginNaming(QStandardItem* folder, bool isNew);
     // Ends a naming still under way, writing the name as it stands.
     void finishNaming();
+    // saveCurrentTreeAsFavorites; false (names put back) when the file could not be written.
+    bool writeModelBack();
+    // Moves the locations with these paths into the favorite folder at target (or the top level)
+    // and writes the tree back; undone when it cannot be written.
+    void moveLocations(const QStringList& paths, const QModelIndex& target);
     bool confirmRemoval(bool folder);
     void runFileCommand(const QString& before, const QString& path);
     void runWithOptions(const QString& mode, const QString& commandBefore);

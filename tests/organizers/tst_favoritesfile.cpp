@@ -103,8 +103,6 @@ private Q_SLOTS:
     void anyScriptReadsBackExactly();
     void readsWhatThePropertyTreeWrites_data();
     void readsWhatThePropertyTreeWrites();
-    void entryRules_data();
-    void entryRules();
     void quietEmptyStarts_data();
     void quietEmptyStarts();
     void unreadableFileIsKeptBeforeTheFirstWrite_data();
@@ -297,50 +295,6 @@ void TestFavoritesFile::readsWhatThePropertyTreeWrites()
     QCOMPARE(file.read(), TfavoritesFile::ReadResult::Read);
     QVERIFY2(file.entries() == expected, qPrintable(describe(file.entries())));
     QVERIFY(shownErrors().isEmpty());
-}
-
-void TestFavoritesFile::entryRules_data()
-{
-    QTest::addColumn<Entries>("before");
-    QTest::addColumn<QString>("operation");
-    QTest::addColumn<QString>("folder");
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<bool>("changed");
-    QTest::addColumn<Entries>("after");
-
-    QTest::newRow("new path added at the end")
-        << entries({"F", "/f"}) << "add" << "" << "/a" << true << entries({"F", "/f", "", "/a"});
-    QTest::newRow("path already at the top level")
-        << entries({"", "/a"}) << "add" << "" << "/a" << false << entries({"", "/a"});
-    QTest::newRow("path already in a folder")
-        << entries({"F", "/a"}) << "add" << "G" << "/a" << false << entries({"F", "/a"});
-    QTest::newRow("second empty folder")
-        << entries({"F", ""}) << "add" << "G" << "" << false << entries({"F", ""});
-    QTest::newRow("paths compared exactly")
-        << entries({"", "/a"}) << "add" << "" << "/A" << true << entries({"", "/a", "", "/A"});
-    QTest::newRow("erase needs folder and path")
-        << entries({"F", "/a", "", "/a"}) << "erase" << "" << "/a" << true << entries({"F", "/a"});
-    QTest::newRow("erase takes the first of twins")
-        << entries({"F", "/a", "F", "/b", "F", "/a"}) << "erase" << "F" << "/a" << true
-        << entries({"F", "/b", "F", "/a"});
-    QTest::newRow("erase of an absent entry")
-        << entries({"F", "/a"}) << "erase" << "G" << "/a" << false << entries({"F", "/a"});
-}
-
-void TestFavoritesFile::entryRules()
-{
-    QFETCH(Entries, before);
-    QFETCH(QString, operation);
-    QFETCH(QString, folder);
-    QFETCH(QString, path);
-    QFETCH(bool, changed);
-    QFETCH(Entries, after);
-
-    TfavoritesFile::Tree tree = TfavoritesFile::treeOf(before);
-    const bool result = operation == QLatin1String("add") ? TfavoritesFile::addEntry(tree, folder, path)
-                                                          : TfavoritesFile::eraseEntry(tree, folder, path);
-    QCOMPARE(result, changed);
-    QVERIFY2(TfavoritesFile::entriesOf(tree) == after, qPrintable(describe(TfavoritesFile::entriesOf(tree))));
 }
 
 void TestFavoritesFile::quietEmptyStarts_data()

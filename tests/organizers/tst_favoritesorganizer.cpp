@@ -1,0 +1,1002 @@
+#include "TbrowserStrings.h"
+#include "TconfirmDeleteFavoriteDialog.h"
+#include "TfavoritesOrganizer.h"
+#include "TpathSelector.h"
+#include "TrecordingHost.h"
+
+#include "QvelaMenuItem.h"
+#include "TcommandEngine.h"
+#include "TprefOptionVar.h"
+#include "TstringId.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QStandardItem>
+#include <QStandardItemModel>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+#include <QTreeView>
+
+namespace {
+
+const char* const kIgnoreKey = "CB_IgnoreConfirmDelete";
+
+// Answers every modal message box that comes up while it lives, noting what it showed.
+class TmodalAnswerer : public QObject
+{
+public:
+    struct Seen
+    {
+        QString title;
+        QString text;
+        QString informativeText;
+        QString checkBoxText;
+        QMessageBox::Icon icon = QMessageBox::NoIcon;
+        QMessageBox::StandardButtons buttons;
+        bool modal = false;
+    };
+
+    TmodalAnswerer(QMessageBox::StandardButton answer, bool tick)
+        : m_answer(answer)
+        , m_tick(tick)
+    {
+        connect(&m_timer, &QTimer::timeout, this, &TmodalAnswerer::answer);
+        m_timer.start(0);
+    }
+
+    QList<Seen> seen;
+
+private:
+    void answer()
+    {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box || !box->isVisible())
+            return;
+        seen.append(Seen{box->windowTitle(), box->text(), box->informativeText(),
+                         box->checkBox() ? box->checkBox()->text() : QString(), box->icon(), box->standardButtons(),
+                         box->isModal()});
+        if (box->checkBox())
+            box->checkBox()->setChecked(m_tick);
+        if (QAbstractButton* button = box->button(m_answer))
+            button->click();
+        else
+            box->reject();
+    }
+
+    QMessageBox::StandardButton m_answer;
+    bool m_tick;
+    QTimer m_timer;
+};
+
+QStringList shownErrors()
+{
+    QStringList errors;
+    for (const TcommandRecord& entry : TcommandEngine::record()) {
+        if (entry.kind == TcommandRecord::Kind::Error)
+            errors << entry.answer;
+    }
+    return errors;
+}
+
+QStringList sentCommands()
+{
+    QStringList commands;
+    for (const TcommandRecord& entry : TcommandEngine::record()) {
+        if (entry.kind == TcommandRecord::Kind::Command)
+            commands << entry.command;
+    }
+    return commands;
+}
+
+QByteArray readBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<none>");
+}
+
+// The model as text: locations by their text, favorite folders as "name[child, child]".
+QString dump(const QStandardItemModel* model)
+{
+    QStringList rows;
+    for (int row = 0; row < model->rowCount(); ++row) {
+        const QStandardItem* item = model->item(row);
+        if (item->data(TfavoritesOrganizer::PathRole).isValid()) {
+            rows << item->text();
+            continue;
+        }
+        QStringList children;
+        for (int child = 0; child < item->rowCount(); ++child)
+            children << item->child(child)->text();
+        rows << item->text() + u'[' + children.join(QLatin1String(", ")) + u']';
+    }
+    return rows.join(QLatin1String(", "));
+}
+
+QStringList folderNamesOf(const QStandardItemModel* model)
+{
+    QStringList names;
+    for (int row = 0; row < model->rowCount(); ++row) {
+        if (!model->item(row)->data(TfavoritesOrganizer::PathRole).isValid())
+            names << model->item(row)->text();
+    }
+    return names;
+}
+
+} // namespace
+
+class TestFavoritesOrganizer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void fileAfterOperations_data();
+    void fileAfterOperations();
+    void buildingFromTheFile_data();
+    void buildingFromTheFile();
+    void duplicatesChangeNothing_data();
+    void duplicatesChangeNothing();
+    void folderNames_data();
+    void folderNames();
+    void draggingLocations_data();
+    void draggingLocations();
+    void removalConfirmation_data();
+    void removalConfirmation();
+    void failedWritesChangeNothing_data();
+    void failedWritesChangeNothing();
+    void unreadableFileStartsEmptyAndIsKept();
+    void contextMenu_data();
+    void contextMenu();
+    void fileCommands_data();
+    void fileCommands();
+    void choosingFavorites();
+    void folderLooksFollowExpansion();
+    void pathSelectorAddsWhatExists();
+    void toolbarAndActions();
+
+private:
+    TfavoritesOrganizer* organizer();
+    void reload();
+    void writeFile(const QStringList& flatEntries);
+    QString expand(QString text) const { return text.replace(QLatin1String("$C"), m_content); }
+    QString path(const QString& name) const { return m_content + u'/' + name; }
+    QStandardItem* itemNamed(const QString& text);
+    void select(const QStringList& texts);
+    void typeName(const QString& text);
+    void run(const QString& operation);
+    void makeContent(const QStringList& entries);
+
+    std::unique_ptr<TfreshHostState> m_state;
+    std::unique_ptr<TrecordingHost> m_host;
+    std::unique_ptr<QTemporaryDir> m_temp;
+    TassetBrowserOptions m_options;
+    QString m_prefs;
+    QString m_content;
+    std::unique_ptr<TfavoritesOrganizer> m_organizer;
+};
+
+void TestFavoritesOrganizer::init()
+{
+    m_state = std::make_unique<TfreshHostState>();
+    m_host = std::make_unique<TrecordingHost>();
+    m_temp = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_temp->isValid());
+    m_prefs = m_temp->path() + QStringLiteral("/prefs");
+    m_content = m_temp->path() + QStringLiteral("/content");
+    QVERIFY(QDir().mkpath(m_prefs));
+    makeContent({"Scenes/", "Scenes/hero.ma", "Scenes/notes.txt", "Textures/", "Props/", "Models/", "Lights/",
+                 "Work/", "Scenes/say \"hi\" \\ there.ma"});
+    m_options = m_host->options();
+    m_options.setPreferenceDir(m_prefs.toStdString());
+}
+
+void TestFavoritesOrganizer::cleanup()
+{
+    m_organizer.reset();
+    m_temp.reset();
+    m_host.reset();
+    m_state.reset();
+}
+
+void TestFavoritesOrganizer::makeContent(const QStringList& entries)
+{
+    QDir dir(m_content);
+    for (const QString& entry : entries) {
+        if (entry.endsWith(u'/')) {
+            QVERIFY2(dir.mkpath(entry), qPrintable(entry));
+            continue;
+        }
+        QFile file(dir.filePath(entry));
+        QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(entry));
+    }
+}
+
+TfavoritesOrganizer* TestFavoritesOrganizer::organizer()
+{
+    if (!m_organizer) {
+        m_organizer = std::make_unique<TfavoritesOrganizer>(&m_options);
+        m_organizer->resize(320, 400);
+        m_organizer->show();
+    }
+    return m_organizer.get();
+}
+
+void TestFavoritesOrganizer::reload()
+{
+    m_organizer.reset();
+    organizer();
+}
+
+// A hand-made file, members in the order given and slashes unescaped: folder, path, folder...
+void TestFavoritesOrganizer::writeFile(const QStringList& flatEntries)
+{
+    QStringList members;
+    for (int i = 0; i + 1 < flatEntries.size(); i += 2)
+        members << QStringLiteral("\"%1\": \"%2\"").arg(flatEntries.at(i), expand(flatEntries.at(i + 1)));
+    QFile file(m_prefs + QStringLiteral("/favs.json"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QStringLiteral("{\"favorites\": {%1}}").arg(members.join(QLatin1String(", "))).toUtf8());
+}
+
+QStandardItem* TestFavoritesOrganizer::itemNamed(const QString& text)
+{
+    const QList<QStandardItem*> found =
+        organizer()->model()->findItems(text, Qt::MatchExactly | Qt::MatchRecursive);
+    return found.value(0);
+}
+
+void TestFavoritesOrganizer::select(const QStringList& texts)
+{
+    QItemSelectionModel* selection = organizer()->view()->selectionModel();
+    selection->clear();
+    for (const QString& text : texts) {
+        QStandardItem* item = itemNamed(text);
+        QVERIFY2(item, qPrintable(text));
+        selection->setCurrentIndex(item->index(), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+}
+
+// Types text into the open name editor and presses Return, as a user would.
+void TestFavoritesOrganizer::typeName(const QString& text)
+{
+    QTreeView* view = organizer()->view();
+    auto* editor = qobject_cast<QLineEdit*>(view->indexWidget(view->currentIndex()));
+    QVERIFY2(editor, "no name editor is open");
+    editor->selectAll();
+    QTest::keyClick(editor, Qt::Key_Backspace);
+    QTest::keyClicks(editor, text);
+    QTest::keyClick(editor, Qt::Key_Return);
+    // The delegate commits and closes once control is back in the event loop.
+    QTRY_VERIFY(!editor->isVisible());
+}
+
+// "add|Name", "folder|Name", "rename|Old|New", "remove|Text", "move|Text,Text|Target", "reload".
+void TestFavoritesOrganizer::run(const QString& operation)
+{
+    const QStringList parts = operation.split(u'|');
+    const QString verb = parts.first();
+    if (verb == QLatin1String("add")) {
+        organizer()->addPathToFavorites({path(parts.at(1))});
+    } else if (verb == QLatin1String("folder")) {
+        organizer()->addFavFolder();
+        typeName(parts.at(1));
+    } else if (verb == QLatin1String("rename")) {
+        select({parts.at(1)});
+        organizer()->editSelectedItem();
+        typeName(parts.at(2));
+    } else if (verb == QLatin1String("remove")) {
+        select({parts.at(1)});
+        organizer()->removeSelectedFavorite();
+    } else if (verb == QLatin1String("move")) {
+        // Dropped as a drag from this tree would drop them, onto the named item or empty space.
+        const QStringList sources = parts.at(1).split(u',');
+        select(sources);
+        QStringList paths;
+        for (const QString& source : sources)
+            paths << itemNamed(source)->data(TfavoritesOrganizer::PathRole).toString();
+        QTreeView* view = organizer()->view();
+        view->expandAll();
+        const QPoint at = parts.at(2).isEmpty() ? QPoint(5, view->viewport()->height() - 5)
+                                                : view->visualRect(itemNamed(parts.at(2))->index()).center();
+        std::unique_ptr<QMimeData> data(TfavoritesOrganizer::mimeDataForPaths(paths));
+        QDragEnterEvent enter(at, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(view->viewport(), &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(at, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(view->viewport(), &drop);
+        QVERIFY(drop.isAccepted());
+    } else if (verb == QLatin1String("reload")) {
+        reload();
+    } else {
+        QFAIL(qPrintable(QStringLiteral("unknown operation ") + operation));
+    }
+}
+
+void TestFavoritesOrganizer::fileAfterOperations_data()
+{
+    QTest::addColumn<QStringList>("initial");
+    QTest::addColumn<QStringList>("operations");
+    QTest::addColumn<QString>("expectedFile");
+    QTest::addColumn<QString>("expectedTree");
+
+    QTest::newRow("adds and folders; of two empty folders only the first survives a reload")
+        << QStringList() << QStringList{"add|Scenes", "folder|Zeta", "add|Textures", "folder|Alpha", "reload"}
+        << R"({
+    "favorites": {
+        "": "$C\/Scenes",
+        "": "$C\/Textures",
+        "Zeta": ""
+    }
+}
+)" << "Scenes, Textures, Zeta[]";
+    QTest::newRow("a scattered file comes back grouped; a rename moves the folder's entries")
+        << QStringList{"Work", "$C/Scenes", "", "$C/Textures", "Beta", "$C/Props", "Work", "$C/Models", "", "$C/Lights"}
+        << QStringList{"rename|Work|Jobs"}
+        << R"({
+    "favorites": {
+        "": "$C\/Textures",
+        "": "$C\/Lights",
+        "Beta": "$C\/Props",
+        "Jobs": "$C\/Scenes",
+        "Jobs": "$C\/Models"
+    }
+}
+)" << "Textures, Lights, Beta[Props], Jobs[Scenes, Models]";
+    QTest::newRow("a folder's last location removed: the folder stays, across a reload")
+        << QStringList{"Work", "$C/Scenes", "", "$C/Textures"} << QStringList{"remove|Scenes", "reload"}
+        << R"({
+    "favorites": {
+        "": "$C\/Textures",
+        "Work": ""
+    }
+}
+)" << "Textures, Work[]";
+    QTest::newRow("a folder removed with its locations")
+        << QStringList{"Work", "$C/Scenes", "Work", "$C/Props", "", "$C/Textures", "Art", "$C/Lights"}
+        << QStringList{"remove|Work"}
+        << R"({
+    "favorites": {
+        "": "$C\/Textures",
+        "Art": "$C\/Lights"
+    }
+}
+)" << "Textures, Art[Lights]";
+    QTest::newRow("upper case sorts first; adds join the top level")
+        << QStringList{"beta", "$C/Props", "Beta", "$C/Scenes"} << QStringList{"add|Textures", "rename|beta|alpha"}
+        << R"({
+    "favorites": {
+        "": "$C\/Textures",
+        "Beta": "$C\/Scenes",
+        "alpha": "$C\/Props"
+    }
+}
+)" << "Beta[Scenes], alpha[Props], Textures";
+    QTest::newRow("a top-level location removed, a folder named, a file added")
+        << QStringList{"", "$C/Scenes", "", "$C/Textures", "Work", "$C/Props"}
+        << QStringList{"remove|Scenes", "folder|Later", "add|Scenes/hero.ma", "reload"}
+        << R"({
+    "favorites": {
+        "": "$C\/Textures",
+        "": "$C\/Scenes\/hero.ma",
+        "Later": "",
+        "Work": "$C\/Props"
+    }
+}
+)" << "Textures, hero.ma, Later[], Work[Props]";
+}
+
+void TestFavoritesOrganizer::fileAfterOperations()
+{
+    QFETCH(QStringList, initial);
+    QFETCH(QStringList, operations);
+    QFETCH(QString, expectedFile);
+    QFETCH(QString, expectedTree);
+
+    TprefOptionVar::setOptionVarValue(Tstring(kIgnoreKey), 1, Tstring("Content Browser"));
+    if (!initial.isEmpty())
+        writeFile(initial);
+    TmodalAnswerer answerer(QMessageBox::Cancel, false);
+    for (const QString& operation : std::as_const(operations))
+        run(operation);
+
+    QString escapedContent = m_content;
+    escapedContent.replace(u'/', QLatin1String("\\/"));
+    const QByteArray expected = expectedFile.replace(QLatin1String("$C"), escapedContent).toUtf8();
+    const QByteArray written = readBytes(m_prefs + QStringLiteral("/favs.json"));
+    QVERIFY2(written == expected, written.constData());
+    QCOMPARE(dump(organizer()->model()), expectedTree);
+    QVERIFY(answerer.seen.isEmpty());
+    QVERIFY(shownErrors().isEmpty());
+}
+
+void TestFavoritesOrganizer::buildingFromTheFile_data()
+{
+    QTest::addColumn<QStringList>("file");
+    QTest::addColumn<QString>("expectedTree");
+
+    QTest::newRow("a top-level path listed twice shows once") << QStringList{"", "$C/Scenes", "", "$C/Scenes"}
+                                                              << "Scenes";
+    QTest::newRow("one path in two folders shows in both")
+        << QStringList{"F", "$C/Scenes", "G", "$C/Scenes"} << "F[Scenes], G[Scenes]";
+    QTest::newRow("a path twice in a folder shows once") << QStringList{"F", "$C/Scenes", "F", "$C/Scenes"}
+                                                         << "F[Scenes]";
+    QTest::newRow("the top level and a folder may share a path")
+        << QStringList{"F", "$C/Scenes", "", "$C/Scenes"} << "Scenes, F[Scenes]";
+    QTest::newRow("an empty entry first makes the folder the locations join")
+        << QStringList{"F", "", "F", "$C/Props"} << "F[Props]";
+    QTest::newRow("an empty entry after the locations makes a second folder")
+        << QStringList{"F", "$C/Props", "F", ""} << "F[Props], F[]";
+    QTest::newRow("a location showing a folder's name does not take its locations")
+        << QStringList{"", "$C/Work", "Work", "$C/Scenes"} << "Work, Work[Scenes]";
+    QTest::newRow("files and folders that are gone still show")
+        << QStringList{"", "$C/gone/", "", "$C/Scenes/hero.ma", "", "$C/missing.ma"} << "gone, hero.ma, missing.ma";
+    QTest::newRow("the file system root shows its path") << QStringList{"", "/"} << "/";
+}
+
+void TestFavoritesOrganizer::buildingFromTheFile()
+{
+    QFETCH(QStringList, file);
+    QFETCH(QString, expectedTree);
+
+    writeFile(file);
+    const QByteArray before = readBytes(m_prefs + QStringLiteral("/favs.json"));
+    QCOMPARE(dump(organizer()->model()), expectedTree);
+    // Building reads only.
+    QVERIFY(readBytes(m_prefs + QStringLiteral("/favs.json")) == before);
+}
+
+void TestFavoritesOrganizer::duplicatesChangeNothing_data()
+{
+    QTest::addColumn<QString>("added");
+
+    QTest::newRow("a top-level favorite") << "$C/Scenes";
+    QTest::newRow("a favorite inside a folder") << "$C/Props";
+    QTest::newRow("written with a trailing slash") << "$C/Props/";
+    QTest::newRow("written with a dot segment") << "$C/Work/../Scenes";
+    QTest::newRow("an empty path") << "";
+}
+
+void TestFavoritesOrganizer::duplicatesChangeNothing()
+{
+    QFETCH(QString, added);
+
+    writeFile({"", "$C/Scenes", "Work", "$C/Props", "Empty", ""});
+    const QString file = m_prefs + QStringLiteral("/favs.json");
+    organizer();
+    // Rewritten once so the bytes compared below are the organizer's own.
+    organizer()->saveCurrentTreeAsFavorites();
+    const QByteArray before = readBytes(file);
+    const QString treeBefore = dump(organizer()->model());
+
+    organizer()->addPathToFavorites({expand(added)});
+    organizer()->addFavLocationItem(expand(added));
+    QVERIFY(readBytes(file) == before);
+    QCOMPARE(dump(organizer()->model()), treeBefore);
+    QVERIFY(shownErrors().isEmpty());
+}
+
+void TestFavoritesOrganizer::folderNames_data()
+{
+    QTest::addColumn<QStringList>("file");
+    QTest::addColumn<QStringList>("operations");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<QString>("afterReload");
+
+    // Read sorted: Other[Props] comes before Work[Scenes].
+    const QStringList workAndOther{"Work", "$C/Scenes", "Other", "$C/Props"};
+    QTest::newRow("a second folder of a name gets number 0, further down the tree")
+        << workAndOther << QStringList{"rename|Other|Work"} << "Work[Props], Work (0)[Scenes]"
+        << "Work[Props], Work (0)[Scenes]";
+    QTest::newRow("a third gets number 1")
+        << QStringList{"Work", "$C/Scenes", "Work (0)", "$C/Props", "Other", "$C/Lights"}
+        << QStringList{"rename|Other|Work"} << "Work[Lights], Work (0)[Scenes], Work (1)[Props]"
+        << "Work[Lights], Work (0)[Scenes], Work (1)[Props]";
+    QTest::newRow("a numbered name counts on from its number")
+        << QStringList{"A (2)", "$C/Scenes", "B", "$C/Props"} << QStringList{"rename|B|A (2)"}
+        << "A (2)[Scenes], A (3)[Props]" << "A (2)[Scenes], A (3)[Props]";
+    QTest::newRow("the renamed folder further down takes the number")
+        << workAndOther << QStringList{"rename|Work|Other"} << "Other[Props], Other (0)[Scenes]"
+        << "Other[Props], Other (0)[Scenes]";
+    QTest::newRow("names differing in case are different")
+        << workAndOther << QStringList{"rename|Other|work"} << "work[Props], Work[Scenes]"
+        << "Work[Scenes], work[Props]";
+    QTest::newRow("names are trimmed") << workAndOther << QStringList{"rename|Other|  Spaced out  "}
+                                       << "Spaced out[Props], Work[Scenes]" << "Spaced out[Props], Work[Scenes]";
+    QTest::newRow("an emptied name keeps the earlier one")
+        << workAndOther << QStringList{"rename|Other|   "} << "Other[Props], Work[Scenes]"
+        << "Other[Props], Work[Scenes]";
+    QTest::newRow("new folders count up from the placeholder")
+        << QStringList() << QStringList{"folder|", "folder|", "folder|"}
+        << "New Folder[], New Folder 1[], New Folder 2[]" << "New Folder[]";
+    QTest::newRow("a placeholder already shown by a location is skipped")
+        << QStringList{"", "$C/New Folder"} << QStringList{"folder|"} << "New Folder, New Folder 1[]"
+        << "New Folder, New Folder 1[]";
+    QTest::newRow("a new folder named like an existing one")
+        << workAndOther << QStringList{"folder|Work"} << "Other[Props], Work[Scenes], Work (0)[]"
+        << "Other[Props], Work[Scenes], Work (0)[]";
+}
+
+void TestFavoritesOrganizer::folderNames()
+{
+    QFETCH(QStringList, file);
+    QFETCH(QStringList, operations);
+    QFETCH(QString, expected);
+    QFETCH(QString, afterReload);
+
+    QVERIFY(QDir().mkpath(path(QStringLiteral("New Folder"))));
+    if (!file.isEmpty())
+        writeFile(file);
+    for (const QString& operation : std::as_const(operations))
+        run(operation);
+    QCOMPARE(dump(organizer()->model()), expected);
+    reload();
+    QCOMPARE(dump(organizer()->model()), afterReload);
+    QVERIFY(shownErrors().isEmpty());
+}
+
+void TestFavoritesOrganizer::draggingLocations_data()
+{
+    QTest::addColumn<QString>("move");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<QString>("afterReload");
+
+    QTest::newRow("onto a favorite folder") << "move|Textures|Work" << "Lights, Art[Scenes], Work[Props, Textures]"
+                                            << "Lights, Art[Scenes], Work[Props, Textures]";
+    QTest::newRow("onto a location inside a folder")
+        << "move|Lights|Props" << "Textures, Art[Scenes], Work[Props, Lights]"
+        << "Textures, Art[Scenes], Work[Props, Lights]";
+    QTest::newRow("onto empty space: out to the top level")
+        << "move|Scenes|" << "Textures, Lights, Art[], Work[Props], Scenes"
+        << "Textures, Lights, Scenes, Art[], Work[Props]";
+    QTest::newRow("onto a top-level location: out to the top level")
+        << "move|Props|Textures" << "Textures, Lights, Art[Scenes], Work[], Props"
+        << "Textures, Lights, Props, Art[Scenes], Work[]";
+    QTest::newRow("two at once") << "move|Textures,Lights|Art" << "Art[Scenes, Textures, Lights], Work[Props]"
+                                 << "Art[Scenes, Textures, Lights], Work[Props]";
+    QTest::newRow("into the folder they are in: nothing")
+        << "move|Props|Work" << "Textures, Lights, Art[Scenes], Work[Props]"
+        << "Textures, Lights, Art[Scenes], Work[Props]";
+}
+
+void TestFavoritesOrganizer::draggingLocations()
+{
+    QFETCH(QString, move);
+    QFETCH(QString, expected);
+    QFETCH(QString, afterReload);
+
+    writeFile({"", "$C/Textures", "", "$C/Lights", "Work", "$C/Props", "Art", "$C/Scenes"});
+    run(move);
+    QCOMPARE(dump(organizer()->model()), expected);
+    reload();
+    QCOMPARE(dump(organizer()->model()), afterReload);
+    QVERIFY(shownErrors().isEmpty());
+}
+
+void TestFavoritesOrganizer::removalConfirmation_data()
+{
+    QTest::addColumn<QVariant>("stored");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("tick");
+    QTest::addColumn<bool>("asked");
+    QTest::addColumn<bool>("removed");
+    QTest::addColumn<QVariant>("storedAfter");
+
+    const QVariant none;
+    QTest::newRow("not set: asked, Ok stores 0") << none << "Scenes" << int(QMessageBox::Ok) << false << true << true
+                                                 << QVariant(0);
+    QTest::newRow("not set: Ok with the box ticked stores 1")
+        << none << "Scenes" << int(QMessageBox::Ok) << true << true << true << QVariant(1);
+    QTest::newRow("not set: Cancel removes and stores nothing")
+        << none << "Scenes" << int(QMessageBox::Cancel) << true << true << false << none;
+    QTest::newRow("set to 0: asked") << QVariant(0) << "Scenes" << int(QMessageBox::Ok) << false << true << true
+                                     << QVariant(0);
+    QTest::newRow("set to 1: removed without asking")
+        << QVariant(1) << "Scenes" << int(QMessageBox::Cancel) << false << false << true << QVariant(1);
+    QTest::newRow("set to 1: a folder too") << QVariant(1) << "Work" << int(QMessageBox::Cancel) << false << false
+                                            << true << QVariant(1);
+    QTest::newRow("a folder asks with its own texts")
+        << none << "Work" << int(QMessageBox::Ok) << false << true << true << QVariant(0);
+    QTest::newRow("a folder kept on Cancel") << none << "Work" << int(QMessageBox::Cancel) << false << true << false
+                                             << none;
+}
+
+void TestFavoritesOrganizer::removalConfirmation()
+{
+    QFETCH(QVariant, stored);
+    QFETCH(QString, target);
+    QFETCH(int, answer);
+    QFETCH(bool, tick);
+    QFETCH(bool, asked);
+    QFETCH(bool, removed);
+    QFETCH(QVariant, storedAfter);
+
+    const Tstring key(kIgnoreKey);
+    if (stored.isValid())
+        TprefOptionVar::setOptionVarValue(key, stored.toInt(), Tstring("Content Browser"));
+    writeFile({"", "$C/Scenes", "Work", "$C/Props"});
+    select({target});
+
+    TmodalAnswerer answerer(QMessageBox::StandardButton(answer), tick);
+    organizer()->removeSelectedFavorite();
+
+    QCOMPARE(answerer.seen.size(), asked ? 1 : 0);
+    if (asked) {
+        const TmodalAnswerer::Seen& box = answerer.seen.first();
+        const bool folder = target == QLatin1String("Work");
+        QCOMPARE(box.text, folder ? kContentBrowserConfirmDeleteFavoriteFolder.asQString()
+                                  : kContentBrowserConfirmDeleteFavorite.asQString());
+        QCOMPARE(box.informativeText, folder ? kContentBrowserConfirmDeleteInfo.asQString() : QString());
+        QCOMPARE(box.title, QStringLiteral(" "));
+        QCOMPARE(box.icon, QMessageBox::Question);
+        QCOMPARE(box.buttons, QMessageBox::Ok | QMessageBox::Cancel);
+        QCOMPARE(box.checkBoxText, kContentBrowserConfirmDeleteIgnoreMsg.asQString());
+        QVERIFY(box.modal);
+    }
+    QCOMPARE(itemNamed(target) == nullptr, removed);
+    QCOMPARE(readBytes(m_prefs + QStringLiteral("/favs.json")).contains(target.toUtf8()), !removed);
+    QCOMPARE(TprefOptionVar::optionVarExists(key), storedAfter.isValid());
+    if (storedAfter.isValid()) {
+        QCOMPARE(TprefOptionVar::intValue(key, -1), storedAfter.toInt());
+        QCOMPARE(TprefOptionVar::category(key), Tstring("Content Browser"));
+    }
+}
+
+void TestFavoritesOrganizer::failedWritesChangeNothing_data()
+{
+    QTest::addColumn<QString>("operation");
+
+    QTest::newRow("adding a location") << "add|Models";
+    QTest::newRow("removing a top-level location") << "remove|Textures";
+    QTest::newRow("removing a folder's last location") << "remove|Scenes";
+    QTest::newRow("removing a folder") << "remove|Work";
+    QTest::newRow("renaming a folder") << "rename|Work|Jobs";
+    QTest::newRow("naming a new folder") << "folder|Fresh";
+    QTest::newRow("dragging a location into a folder") << "move|Textures|Work";
+}
+
+void TestFavoritesOrganizer::failedWritesChangeNothing()
+{
+    QFETCH(QString, operation);
+
+    TprefOptionVar::setOptionVarValue(Tstring(kIgnoreKey), 1, Tstring("Content Browser"));
+    writeFile({"Work", "$C/Scenes", "", "$C/Textures"});
+    organizer();
+    const QString tree = dump(organizer()->model());
+    const QByteArray bytes = readBytes(m_prefs + QStringLiteral("/favs.json"));
+    const QList<TfavoritesFile::Entry> entries = organizer()->favoritesFile().entries();
+
+    // The preference folder goes away under the running browser.
+    const QString away = m_prefs + QStringLiteral(".away");
+    QVERIFY(QDir().rename(m_prefs, away));
+    run(operation);
+    QVERIFY(QDir().rename(away, m_prefs));
+
+    QCOMPARE(dump(organizer()->model()), tree);
+    QVERIFY(organizer()->favoritesFile().entries() == entries);
+    QVERIFY(readBytes(m_prefs + QStringLiteral("/favs.json")) == bytes);
+    QCOMPARE(QDir(m_prefs).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("favs.json")});
+    const QStringList errors = shownErrors();
+    QCOMPARE(errors.size(), 1);
+    QVERIFY2(errors.first().startsWith(TstringId("kContentBrowserFavoritesNotSaved")
+                                           .format({QDir::toNativeSeparators(m_prefs + QStringLiteral("/favs.json"))})
+                                           .toQString()
+                                           .section(u'(', 0, 0)),
+             qPrintable(errors.first()));
+
+    // With the folder back, the same change is saved.
+    run(operation);
+    QVERIFY(readBytes(m_prefs + QStringLiteral("/favs.json")) != bytes);
+    QCOMPARE(shownErrors().size(), 1);
+}
+
+void TestFavoritesOrganizer::unreadableFileStartsEmptyAndIsKept()
+{
+    const QString file = m_prefs + QStringLiteral("/favs.json");
+    {
+        QFile broken(file);
+        QVERIFY(broken.open(QIODevice::WriteOnly));
+        broken.write("{\"favorites\": {\"\": \"" + m_content.toUtf8() + "/Scenes\"");
+    }
+    const QByteArray original = readBytes(file);
+
+    QCOMPARE(organizer()->model()->rowCount(), 0);
+    QCOMPARE(shownErrors().size(), 1);
+    QCOMPARE(QDir(m_prefs).entryList(QDir::Files), QStringList{QStringLiteral("favs.json")});
+
+    run(QStringLiteral("add|Textures"));
+    run(QStringLiteral("add|Props"));
+    const QStringList files = QDir(m_prefs).entryList(QDir::Files, QDir::Name);
+    QCOMPARE(files.size(), 2);
+    QCOMPARE(readBytes(m_prefs + u'/' + files.at(1)), original);
+    QVERIFY(files.at(1).startsWith(QLatin1String("favs.json.unreadable-")));
+    QCOMPARE(shownErrors().size(), 1);
+
+    reload();
+    QCOMPARE(dump(organizer()->model()), QStringLiteral("Textures, Props"));
+    QCOMPARE(shownErrors().size(), 1);
+}
+
+void TestFavoritesOrganizer::contextMenu_data()
+{
+    QTest::addColumn<QStringList>("selection");
+    QTest::addColumn<QStringList>("hostActions");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<bool>("hostAsked");
+
+    const QString remove = rContentBrowserContextMenuRemoveFavorite.asQString();
+    const QString import = rContentBrowserContextMenuImportVelaFile.asQString();
+    const QString reference = rContentBrowserContextMenuReferenceVelaFile.asQString();
+    const QString rename = kContentBrowserRBMRenameItem.asQString();
+    const QStringList sceneActions{import + QStringLiteral(" Scene"), "-", "Open", reference + QStringLiteral(" Scene")};
+
+    QTest::newRow("nothing selected: no menu") << QStringList() << sceneActions << QStringList() << false;
+    QTest::newRow("a favorite folder: rename") << QStringList{"Work"} << sceneActions
+                                               << QStringList{rename, remove} << false;
+    QTest::newRow("a scene the host imports and references")
+        << QStringList{"hero.ma"} << sceneActions << QStringList{"box:" + import, "box:" + reference, remove} << true;
+    QTest::newRow("a file the host only opens")
+        << QStringList{"notes.txt"} << QStringList{"Open"} << QStringList{remove} << true;
+    QTest::newRow("a file the host imports only")
+        << QStringList{"notes.txt"} << QStringList{import, "Open"} << QStringList{"box:" + import, remove} << true;
+    QTest::newRow("a folder location is not brought in")
+        << QStringList{"Textures"} << sceneActions << QStringList{remove} << false;
+    QTest::newRow("two rows: only the removal") << QStringList{"hero.ma", "Work"} << sceneActions
+                                                << QStringList{remove} << false;
+}
+
+void TestFavoritesOrganizer::contextMenu()
+{
+    QFETCH(QStringList, selection);
+    QFETCH(QStringList, hostActions);
+    QFETCH(QStringList, expected);
+    QFETCH(bool, hostAsked);
+
+    writeFile({"", "$C/Textures", "", "$C/Scenes/hero.ma", "", "$C/Scenes/notes.txt", "Work", "$C/Props"});
+    m_host->actionTexts = hostActions;
+    select(selection);
+    m_host->calls.clear();
+
+    QTreeView* view = organizer()->view();
+    const QPoint at = selection.isEmpty() ? QPoint(5, 5) : view->visualRect(view->currentIndex()).center();
+    Q_EMIT view->customContextMenuRequested(at);
+
+    auto* menu = organizer()->findChild<QMenu*>(QStringLiteral("favoritesContextMenu"));
+    QCOMPARE(menu != nullptr, !expected.isEmpty());
+    QCOMPARE(m_host->calls.filter(QStringLiteral("fileActions")).size(), hostAsked ? 1 : 0);
+    if (!menu)
+        return;
+    QStringList entries;
+    for (QAction* action : menu->actions()) {
+        auto* item = qobject_cast<QvelaMenuItem*>(action);
+        entries << (item && item->optionBoxAction() ? QStringLiteral("box:") : QString()) + action->text();
+    }
+    QCOMPARE(entries, expected);
+    QVERIFY(menu->isVisible());
+    QCOMPARE(menu->pos(), view->viewport()->mapToGlobal(at));
+    QVERIFY(menu->actions().contains(organizer()->removeFavoriteAction()));
+    menu->close();
+}
+
+void TestFavoritesOrganizer::fileCommands_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("slot");
+    QTest::addColumn<int>("dialogAnswer");
+    QTest::addColumn<QString>("expectedMode");
+    QTest::addColumn<QString>("expectedCommand");
+
+    const int noDialog = -1;
+    QTest::newRow("import") << "hero.ma" << "importSysFile" << noDialog << ""
+                            << "performFileSilentImportAction( \"$C/Scenes/hero.ma\")";
+    QTest::newRow("reference") << "hero.ma" << "referenceSysFile" << noDialog << ""
+                               << "performFileReferenceAction( \"$C/Scenes/hero.ma\")";
+    QTest::newRow("import with options, confirmed")
+        << "hero.ma" << "openSysFileWithImportOptions" << 1 << "Import"
+        << "performFileSilentImportAction( \"$C/Scenes/hero.ma\")";
+    QTest::newRow("import with options, cancelled")
+        << "hero.ma" << "openSysFileWithImportOptions" << 0 << "Import" << "";
+    QTest::newRow("reference with options, confirmed")
+        << "hero.ma" << "referenceSysFileWithImportOptions" << 1 << "Reference"
+        << "performFileReferenceAction( \"$C/Scenes/hero.ma\")";
+    QTest::newRow("a name with quotes and a backslash stays one string")
+        << "say \"hi\" \\ there.ma" << "importSysFile" << noDialog << ""
+        << "performFileSilentImportAction( \"$C/Scenes/say \\\"hi\\\" \\\\ there.ma\")";
+    QTest::newRow("a folder selected: nothing") << "Work" << "importSysFile" << noDialog << "" << "";
+}
+
+void TestFavoritesOrganizer::fileCommands()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, slot);
+    QFETCH(int, dialogAnswer);
+    QFETCH(QString, expectedMode);
+    QFETCH(QString, expectedCommand);
+
+    writeFile({"", "$C/Scenes/hero.ma", "", "$C/Scenes/say \\\"hi\\\" \\\\ there.ma", "Work", "$C/Props"});
+    select({file});
+    QStringList requests;
+    connect(organizer(), &TfavoritesOrganizer::optionsDialogRequested, organizer(),
+            [&](const QString& mode, const QString& requestedPath) {
+                requests << mode + u' ' + requestedPath;
+                organizer()->optionsDialogFinished(dialogAnswer == 1);
+            });
+    QVERIFY(QMetaObject::invokeMethod(organizer(), slot.toLatin1().constData()));
+
+    QCOMPARE(requests, expectedMode.isEmpty() ? QStringList()
+                                              : QStringList{expectedMode + u' ' + organizer()->selectedPath()});
+    if (expectedCommand.isEmpty()) {
+        QCoreApplication::processEvents();
+        QVERIFY(sentCommands().isEmpty());
+        return;
+    }
+    // Run as a deferred script action, once control is back in the event loop.
+    QVERIFY(sentCommands().isEmpty());
+    QTRY_COMPARE(sentCommands(), QStringList{expand(expectedCommand)});
+    const TcommandRecord& record = TcommandEngine::record().last();
+    QVERIFY(record.echo);
+    QVERIFY(record.undoable);
+}
+
+void TestFavoritesOrganizer::choosingFavorites()
+{
+    writeFile({"", "$C/Textures", "Work", "$C/Props", "Work", "$C/Scenes/hero.ma"});
+    TfavoritesOrganizer* favorites = organizer();
+    QTreeView* view = favorites->view();
+    QSignalSpy chosen(favorites, &TfavoritesOrganizer::newPathSelected);
+
+    // A click on a location reports it; on a favorite folder, nothing.
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(itemNamed("Textures")->index()).center());
+    QCOMPARE(chosen.size(), 1);
+    QCOMPARE(chosen.takeFirst().at(0).toString(), path("Textures"));
+    QCOMPARE(favorites->selectedPath(), path("Textures"));
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(itemNamed("Work")->index()).center());
+    QCOMPARE(chosen.size(), 0);
+    QVERIFY(favorites->selectedPath().isEmpty());
+
+    // Selecting by path opens the folder that holds it.
+    QVERIFY(!view->isExpanded(itemNamed("Work")->index()));
+    QVERIFY(favorites->selectPath(path("Scenes/hero.ma")));
+    QVERIFY(view->isExpanded(itemNamed("Work")->index()));
+    QCOMPARE(chosen.size(), 1);
+    QCOMPARE(chosen.takeFirst().at(0).toString(), path("Scenes/hero.ma"));
+    QCOMPARE(favorites->selectedPath(), path("Scenes/hero.ma"));
+    QVERIFY(!favorites->selectPath(path("Lights")));
+    QVERIFY(!favorites->selectPath(QString()));
+    QCOMPARE(favorites->selectedPath(), path("Scenes/hero.ma"));
+    QCOMPARE(chosen.size(), 0);
+
+    favorites->tabBecameCurrent();
+    QCOMPARE(chosen.size(), 1);
+    QCOMPARE(chosen.takeFirst().at(0).toString(), path("Scenes/hero.ma"));
+
+    // Another tab's choice: the same path keeps the selection, another drops it, empty is ignored.
+    favorites->onNewViewPanelPathSelected(path("Scenes/hero.ma"));
+    QCOMPARE(favorites->selectedPath(), path("Scenes/hero.ma"));
+    favorites->onNewViewPanelPathSelected(path("Lights"));
+    QVERIFY(favorites->selectedPath().isEmpty());
+    QVERIFY(view->selectionModel()->selectedRows().isEmpty());
+    QCOMPARE(favorites->lastChosenFolder(), path("Lights"));
+    favorites->onNewViewPanelPathSelected(QString());
+    QCOMPARE(favorites->lastChosenFolder(), path("Lights"));
+    favorites->tabBecameCurrent();
+    QCOMPARE(chosen.size(), 0);
+
+    // Several rows make no selected path.
+    select({"Textures", "hero.ma"});
+    QVERIFY(favorites->selectedPath().isEmpty());
+    favorites->unselectFavorite();
+    QVERIFY(view->selectionModel()->selectedRows().isEmpty());
+}
+
+void TestFavoritesOrganizer::folderLooksFollowExpansion()
+{
+    writeFile({"Work", "$C/Props", "", "$C/Textures"});
+    QStandardItem* folder = itemNamed("Work");
+    const qint64 closed = folder->icon().cacheKey();
+    const qint64 location = itemNamed("Textures")->icon().cacheKey();
+    QVERIFY(closed != location);
+
+    organizer()->view()->expand(folder->index());
+    const qint64 open = folder->icon().cacheKey();
+    QVERIFY(open != closed);
+    organizer()->view()->collapse(folder->index());
+    QCOMPARE(folder->icon().cacheKey(), closed);
+
+    // Removing the last location leaves the closed look on the emptied folder.
+    TprefOptionVar::setOptionVarValue(Tstring(kIgnoreKey), 1, Tstring("Content Browser"));
+    organizer()->view()->expand(folder->index());
+    run(QStringLiteral("remove|Props"));
+    QCOMPARE(itemNamed("Work")->icon().cacheKey(), closed);
+
+    const QStringList images = m_host->calls.filter(QStringLiteral(".png"));
+    QVERIFY(images.contains(QStringLiteral("pixmap CB_FolderFavoriteClosed.png")));
+    QVERIFY(images.contains(QStringLiteral("pixmap CB_FolderFavoriteOpen.png")));
+    QVERIFY(images.contains(QStringLiteral("pixmap CB_FolderRegularClosed.png")));
+}
+
+void TestFavoritesOrganizer::pathSelectorAddsWhatExists()
+{
+    organizer()->onNewViewPanelPathSelected(path("Scenes/hero.ma"));
+    organizer()->addPathToFav();
+    TpathSelector* selector = organizer()->pathSelector();
+    QVERIFY(selector);
+    QVERIFY(selector->isVisible());
+    QCOMPARE(selector->windowModality(), Qt::WindowModal);
+    QCOMPARE(selector->windowTitle(), kContentBrowserChooseLocation.asQString());
+    QCOMPARE(QDir(selector->directory()).absolutePath(), path("Scenes"));
+
+    // A second request brings the open selector forward instead of making another.
+    organizer()->addPathToFav();
+    QCOMPARE(organizer()->findChildren<TpathSelector*>().size(), 1);
+
+    Q_EMIT selector->pathChosen(path("missing"));
+    QCOMPARE(organizer()->model()->rowCount(), 0);
+
+    selector->selectFile(path("Props"));
+    static_cast<QDialog*>(selector)->accept();
+    QCOMPARE(dump(organizer()->model()), QStringLiteral("Props"));
+    QTRY_VERIFY(!organizer()->pathSelector());
+
+    reload();
+    QCOMPARE(dump(organizer()->model()), QStringLiteral("Props"));
+}
+
+void TestFavoritesOrganizer::toolbarAndActions()
+{
+    m_host->scale = 2.0;
+    TmodalAnswerer answerer(QMessageBox::Ok, false);
+    writeFile({"", "$C/Textures"});
+    const QList<QToolButton*> buttons = organizer()->toolButtons();
+    QCOMPARE(buttons.size(), 3);
+    QCOMPARE(buttons.at(0)->toolTip(), rTooltipAddFavoritesfolder.asQString());
+    QCOMPARE(buttons.at(1)->toolTip(), rTooltipAddFavoritespath.asQString());
+    QCOMPARE(buttons.at(2)->toolTip(), rContentBrowserContextMenuRemoveFavorite.asQString());
+    for (QToolButton* button : buttons) {
+        QCOMPARE(button->size(), QSize(40, 40));
+        QVERIFY(button->isVisible());
+    }
+    const QStringList images = m_host->calls.filter(QStringLiteral("pixmap CB_"));
+    const int folderImage = images.indexOf(QStringLiteral("pixmap CB_AddLibrary.png"));
+    const int pathImage = images.indexOf(QStringLiteral("pixmap CB_AddLibraryPath.png"));
+    const int clearImage = images.indexOf(QStringLiteral("pixmap CB_Clear.png"));
+    QVERIFY(folderImage >= 0 && folderImage < pathImage && pathImage < clearImage);
+
+    QCOMPARE(organizer()->addToFavoritesAction()->text(), rContentBrowserContextMenuAddFavorites.asQString());
+    QCOMPARE(organizer()->removeFavoriteAction()->text(), rContentBrowserContextMenuRemoveFavorite.asQString());
+
+    QTest::mouseClick(buttons.at(0), Qt::LeftButton);
+    typeName(QStringLiteral("Clicked"));
+    QCOMPARE(folderNamesOf(organizer()->model()), QStringList{"Clicked"});
+
+    QTest::mouseClick(buttons.at(1), Qt::LeftButton);
+    QVERIFY(organizer()->pathSelector());
+    organizer()->pathSelector()->reject();
+    QTRY_VERIFY(!organizer()->pathSelector());
+
+    select({"Textures"});
+    QTest::mouseClick(buttons.at(2), Qt::LeftButton);
+    QCOMPARE(answerer.seen.size(), 1);
+    QCOMPARE(dump(organizer()->model()), QStringLiteral("Clicked[]"));
+
+    select({"Clicked"});
+    organizer()->removeFavoriteAction()->trigger();
+    QCOMPARE(answerer.seen.size(), 2);
+    QCOMPARE(organizer()->model()->rowCount(), 0);
+    QVERIFY(readBytes(m_prefs + QStringLiteral("/favs.json")).contains("\"favorites\": {\n    }"));
+}
+
+QTEST_MAIN(TestFavoritesOrganizer)
+#include "tst_favoritesorganizer.moc"
