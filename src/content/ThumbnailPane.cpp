@@ -80,8 +80,9 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
         connect(widget, &TwidgetWithToolbar::gearIconClicked, this, [this](QPoint at) { m_settingsMenu->popup(at); });
         connect(widget, &TcontentWidget::newTextSearch, m_proxy, &TdirectoryFilterProxy::filterFiles);
     }
-    connect(m_listView->viewToggleButton(), &QToolButton::clicked, this, &ThumbnailPane::setTreeViewVisible);
-    connect(m_treeView->viewToggleButton(), &QToolButton::clicked, this, &ThumbnailPane::setIconViewVisible);
+    // The owner decides whether a view switch happens (its toggleListIconView).
+    connect(m_listView->viewToggleButton(), &QToolButton::clicked, this, &ThumbnailPane::toggleView);
+    connect(m_treeView->viewToggleButton(), &QToolButton::clicked, this, &ThumbnailPane::toggleView);
 
     wireView(m_listView->listView(), SLOT(listViewDoubleClicked(QModelIndex)));
     wireView(m_treeView->treeView(), SLOT(treeViewDoubleClicked(QModelIndex)));
@@ -486,7 +487,6 @@ void ThumbnailPane::setIconViewVisible()
     m_treeView->hide();
     m_listView->listView()->setRootIndex(m_treeView->treeView()->rootIndex());
     m_viewGroup->actions().at(1)->setChecked(true);
-    Q_EMIT toggleView();
 }
 
 void ThumbnailPane::setTreeViewVisible()
@@ -499,7 +499,6 @@ void ThumbnailPane::setTreeViewVisible()
     m_listView->hide();
     m_treeView->treeView()->setRootIndex(m_listView->listView()->rootIndex());
     m_viewGroup->actions().at(0)->setChecked(true);
-    Q_EMIT toggleView();
 }
 
 void ThumbnailPane::onNewPathClicked(QString path)

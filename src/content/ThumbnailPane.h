@@ -108,7 +108,7 @@ Q_SIGNALS:
     void toggleLibraryTab();
     void togglePreviewTab();
     void toggleMetadataTab();
-    // The view was switched between thumbnails and list (a notification, after the switch).
+    // A view toggle of the toolbars was clicked: the owner answers with toggleListIconView.
     void toggleView();
     // An option box asks for the import or reference options of path; mode is "Import" or
     // "Reference". The receiver shows the options dialog modally and, before returning, calls
