@@ -217,7 +217,7 @@ bool TreeViewPane::isExpandableFolder(const QModelIndex& proxyIndex) const
 {
     // A folder with folders inside opens and closes in place; only a leaf folder is remembered
     // as "last clicked", so that choosing a folder inside an open one never folds it away.
-    return proxyIndex.isValid() && m_proxy->hasChildren(proxyIndex);
+    return proxyIndex.isValid() && m_model->hasChildren(m_proxy->mapToSource(proxyIndex));
 }
 
 void TreeViewPane::treeViewClicked(QModelIndex index)
