@@ -105,7 +105,6 @@ void TestIconAnimationWorker::frameSequenceStopsAtTheFirstGap_data()
     QTest::newRow("1 2 4") << QList<int>{1, 2, 4} << true << 2;
     QTest::newRow("no frame 1") << QList<int>{2, 3} << true << 0;
     QTest::newRow("none") << QList<int>{} << true << 0;
-    QTest::newRow("1 alone") << QList<int>{1} << true << 1;
     QTest::newRow("1 to 5") << QList<int>{1, 2, 3, 4, 5} << true << 5;
     QTest::newRow("no frame source") << QList<int>{1, 2} << false << 0;
 }

@@ -172,7 +172,6 @@ class TestItemViews : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void styleSheets();
     void listPressSignals_data();
     void listPressSignals();
     void listReleaseOnEmptySpace_data();
@@ -190,14 +189,6 @@ private Q_SLOTS:
     void selectedLooksLikeHovered_data();
     void selectedLooksLikeHovered();
 };
-
-void TestItemViews::styleSheets()
-{
-    BrowserListView list;
-    BrowserTreeView tree;
-    QCOMPARE(list.styleSheet(), QStringLiteral("BrowserListView {border: none; }"));
-    QCOMPARE(tree.styleSheet(), QStringLiteral("BrowserTreeView {border: none; }"));
-}
 
 void TestItemViews::listPressSignals_data()
 {
