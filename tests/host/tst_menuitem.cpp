@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QImage>
 #include <QMenu>
-#include <QPointer>
 #include <QSignalSpy>
 #include <QStyle>
 #include <QTest>
@@ -100,7 +99,6 @@ private Q_SLOTS:
     void clicks();
     void pointerOverTheBoxSelectsIt();
     void drawnLikeTheMenusOwnEntries();
-    void boxActionWithoutParentIsAdopted();
 };
 
 void TestMenuItem::cleanup()
@@ -256,22 +254,6 @@ void TestMenuItem::drawnLikeTheMenusOwnEntries()
     const QImage boxCurrent = fixture.menu->grab().toImage();
     QCOMPARE(boxCurrent.pixelColor(boxCentreInMenu), plainHighlight);
     QVERIFY(boxWhileRowCurrent != plainHighlight);
-}
-
-void TestMenuItem::boxActionWithoutParentIsAdopted()
-{
-    QPointer<QAction> adopted = new QAction;
-    auto owner = std::make_unique<QObject>();
-    QPointer<QAction> kept = new QAction(owner.get());
-    {
-        QvelaMenuItem item(QStringLiteral("Import"), nullptr);
-        item.setOptionBoxAction(kept);
-        item.setOptionBoxAction(adopted);
-        QCOMPARE(item.optionBoxAction(), adopted.data());
-        QCOMPARE(kept->parent(), owner.get());
-    }
-    QVERIFY(adopted.isNull());
-    QVERIFY(!kept.isNull());
 }
 
 QTEST_MAIN(TestMenuItem)
