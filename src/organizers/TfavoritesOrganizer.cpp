@@ -8,11 +8,10 @@
 #include "TconfirmDeleteFavoriteDialog.h"
 #include "ThumbnailFileIconProvider.h"
 #include "TpathSelector.h"
+#include "TscriptCommand.h"
 #include "TuiScale.h"
 
 #include "QvelaMenuItem.h"
-#include "Tevent.h"
-#include "TidleScriptAction.h"
 #include "Tstring.h"
 #include "TstringFormat.h"
 
@@ -44,9 +43,6 @@ namespace {
 const QLatin1String kFavoriteFolderClosedImage("CB_FolderFavoriteClosed.png");
 const QLatin1String kFavoriteFolderOpenImage("CB_FolderFavoriteOpen.png");
 const QLatin1String kLocationFolderImage("CB_FolderRegularClosed.png");
-const QString kImportBefore = QStringLiteral("performFileSilentImportAction( \"");
-const QString kReferenceBefore = QStringLiteral("performFileReferenceAction( \"");
-const QString kCommandAfter = QStringLiteral("\")");
 
 // Tells the organizer when a name editor has gone, however it was closed: Enter, Escape, a
 // click elsewhere or the row disappearing. The view closes editors on its own in some of
@@ -122,25 +118,6 @@ private:
         }
     }
 };
-
-// A path as a string literal of the host's script language: a backslash and a double quote
-// are escaped and a line break is written as \n, so no file name can end the string early.
-QString scriptString(const QString& text)
-{
-    QString out;
-    out.reserve(text.size());
-    for (const QChar c : text) {
-        if (c == u'\\' || c == u'"') {
-            out += u'\\';
-            out += c;
-        } else if (c == u'\n') {
-            out += QStringLiteral("\\n");
-        } else {
-            out += c;
-        }
-    }
-    return out;
-}
 
 // The name a favorite folder takes when name is already used: "base (n)", n counting up from
 // the number name already ends in ("Work (2)" -> "Work (3)"), or from 0.
@@ -747,51 +724,45 @@ void TfavoritesOrganizer::itemExpanded(const QModelIndex& index)
         item->setIcon(m_openFavoriteFolderIcon);
 }
 
-void TfavoritesOrganizer::runFileCommand(const QString& before, const QString& path)
-{
-    Tstring command;
-    Tstring_fromQString(before + scriptString(path) + kCommandAfter, command);
-    auto* action = new TidleScriptAction(true, true);
-    action->setScriptOnly(command);
-    action->setDestroyAfterRunning(true);
-    action->doIt(Tevent());
-}
-
-void TfavoritesOrganizer::runWithOptions(const QString& mode, const QString& commandBefore)
+void TfavoritesOrganizer::runWithOptions(const QString& mode, bool reference)
 {
     const QString path = selectedPath();
     if (path.isEmpty())
         return;
     m_optionsConfirmed = false;
+    QPointer<TfavoritesOrganizer> self(this);
+    // The receiver shows the dialog modally: it has closed, and told us how, on return.
     Q_EMIT optionsDialogRequested(mode, path);
+    if (!self)
+        return;
     const bool confirmed = m_optionsConfirmed;
     m_optionsConfirmed = false;
     if (confirmed)
-        runFileCommand(commandBefore, path);
+        TscriptCommand::runDeferred(reference ? TscriptCommand::fileReference(path) : TscriptCommand::fileImport(path));
 }
 
 void TfavoritesOrganizer::importSysFile()
 {
     const QString path = selectedPath();
     if (!path.isEmpty())
-        runFileCommand(kImportBefore, path);
+        TscriptCommand::runDeferred(TscriptCommand::fileImport(path));
 }
 
 void TfavoritesOrganizer::openSysFileWithImportOptions()
 {
-    runWithOptions(QStringLiteral("Import"), kImportBefore);
+    runWithOptions(QStringLiteral("Import"), false);
 }
 
 void TfavoritesOrganizer::referenceSysFile()
 {
     const QString path = selectedPath();
     if (!path.isEmpty())
-        runFileCommand(kReferenceBefore, path);
+        TscriptCommand::runDeferred(TscriptCommand::fileReference(path));
 }
 
 void TfavoritesOrganizer::referenceSysFileWithImportOptions()
 {
-    runWithOptions(QStringLiteral("Reference"), kReferenceBefore);
+    runWithOptions(QStringLiteral("Reference"), true);
 }
 
 void TfavoritesOrganizer::optionsDialogFinished(bool confirmed)

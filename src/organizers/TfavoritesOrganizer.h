@@ -87,6 +87,7 @@ Q_SIGNALS:
     // The import or reference options are wanted for path; mode is "Import" or "Reference".
     // The receiver shows the host's options dialog modally and, before returning, reports the
     // user's answer through optionsDialogFinished; the command runs only when confirmed.
+    // Connect it directly.
     void optionsDialogRequested(const QString& mode, const QString& path);
 
 public Q_SLOTS:
@@ -126,7 +127,8 @@ public Q_SLOTS:
     void openSysFileWithImportOptions();
     void referenceSysFile();
     void referenceSysFileWithImportOptions();
-    // The options dialog's answer (see optionsDialogRequested).
+    // The options dialog opened through optionsDialogRequested has closed; confirmed tells
+    // whether the user accepted it.
     void optionsDialogFinished(bool confirmed);
 
 private:
@@ -152,8 +154,7 @@ private:
     // and writes the tree back; undone when it cannot be written.
     void moveLocations(const QStringList& paths, const QModelIndex& target);
     bool confirmRemoval(bool folder);
-    void runFileCommand(const QString& before, const QString& path);
-    void runWithOptions(const QString& mode, const QString& commandBefore);
+    void runWithOptions(const QString& mode, bool reference);
     // Which of import and reference the host offers for path.
     void hostFileActions(const QString& path, bool& import, bool& reference);
     QToolButton* addToolButton(const QString& image, const QString& tooltip);
