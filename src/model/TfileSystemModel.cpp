@@ -1,5 +1,7 @@
 #include "TfileSystemModel.h"
 
+#include "TfileKindIconProvider.h"
+
 #include "TuiScale.h"
 
 #include <QFileInfo>
@@ -25,6 +27,7 @@ TfileSystemModel::TfileSystemModel(const TassetBrowserOptions* options, QObject*
     // The override index is stored by value: once the listing shows another folder the
     // same row and identifier may name a different file.
     connect(this, &QFileSystemModel::rootPathChanged, this, &TfileSystemModel::clearOverride);
+    setIconProvider(TfileKindIconProvider::fallback());
 }
 
 TfileSystemModel::~TfileSystemModel() = default;

@@ -352,7 +352,7 @@ QIcon ThumbnailFileIconProvider::makeIcon(const QFileInfo& info) const
 
 QImage ThumbnailFileIconProvider::systemIconPicture(const QFileInfo& info) const
 {
-    const QIcon system = QFileIconProvider::icon(info);
+    const QIcon system = systemIcon(info);
     return system.pixmap(m_iconSize, 1.0).toImage().scaled(m_iconSize, Qt::KeepAspectRatio, Qt::FastTransformation);
 }
 

@@ -2,7 +2,7 @@
 
 #include "Tint32Array.h"
 
-#include <QFileIconProvider>
+#include "TfileKindIconProvider.h"
 #include <QIcon>
 #include <QImage>
 #include <QList>
@@ -32,7 +32,7 @@ class TassetBrowserOptions;
 // provider. The wait cursor is shown while a picture is made on the GUI thread. The picture
 // work is done on QImage and the process-wide caches are locked, so that the making can move
 // to a worker thread; the system icon and the host image loader stay GUI-thread calls.
-class ThumbnailFileIconProvider : public QFileIconProvider
+class ThumbnailFileIconProvider : public TfileKindIconProvider
 {
 public:
     enum Indicator {

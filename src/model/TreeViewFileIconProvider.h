@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QFileIconProvider>
+#include "TfileKindIconProvider.h"
 #include <QIcon>
 
 class QFileInfo;
@@ -8,7 +8,7 @@ class QFileInfo;
 // The icon provider of the side panel's tree: every entry shows the same picture, which the
 // tree pane sets once for the whole process (the tree paints its own per-folder pictures over
 // it). Until it is set every entry gets a null icon.
-class TreeViewFileIconProvider : public QFileIconProvider
+class TreeViewFileIconProvider : public TfileKindIconProvider
 {
 public:
     TreeViewFileIconProvider();
