@@ -1,12 +1,38 @@
 #include "AssetBrowser.h"
 
+#include "PreviewPane.h"
+#include "SearchToolbar.h"
+#include "TcommandEngine.h"
+#include "TbrowserStrings.h"
+#include "TfavoritesOrganizer.h"
 #include "TiceGlobalState.h"
+#include "Tint32Array.h"
+#include "TimportOptionsDialog.h"
+#include "TlibraryOrganizer.h"
+#include "TprefOptionVar.h"
+#include "ThumbnailPane.h"
+#include "TreeViewPane.h"
 #include "TuiScale.h"
 
+#include <QAction>
+#include <QFileInfo>
+#include <QHBoxLayout>
 #include <QMenuBar>
 #include <QShowEvent>
 #include <QSplitter>
+#include <QTabWidget>
 #include <QVBoxLayout>
+
+namespace {
+const char* const kCategory = "Content Browser";
+
+Tstring toT(const QString& text)
+{
+    Tstring out;
+    Tstring_fromQString(text, out);
+    return out;
+}
+} // namespace
 
 AssetBrowser::AssetBrowser(const TassetBrowserOptions& options, QWidget* parent)
     : ORLOAssetBrowser(parent)
@@ -16,7 +42,12 @@ AssetBrowser::AssetBrowser(const TassetBrowserOptions& options, QWidget* parent)
     initializeBrowser();
 }
 
-AssetBrowser::~AssetBrowser() = default;
+AssetBrowser::~AssetBrowser()
+{
+    // The preview container may be detached from the splitter, and so from the widget tree.
+    if (m_previewContainer && !m_previewContainer->parent())
+        delete m_previewContainer;
+}
 
 void AssetBrowser::initializeBrowser()
 {
@@ -34,6 +65,43 @@ void AssetBrowser::buildPanes()
     m_mainSplitter->setContentsMargins(0, TuiScale::metric(opts, 3), 0, 0);
     m_mainSplitter->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 
+    m_sidePanel = new TreeViewPane(m_options, this);
+    m_sidePanel->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+    m_contentPane = new ThumbnailPane(opts, this);
+    m_contentPane->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+    // Inside a host, double-clicking a file brings it into the scene.
+    m_contentPane->setDefaultActionEnabled(true);
+    m_previewPanel = new PreviewPane(opts, this);
+    m_pathBar = new SearchToolbar(opts, this);
+
+    m_pathBarLayout = new QHBoxLayout;
+    m_pathBarLayout->setContentsMargins(0, 0, 0, 0);
+    m_pathBarLayout->addWidget(m_pathBar);
+
+    auto* innerSplitter = new QSplitter;
+    innerSplitter->setObjectName(QStringLiteral("innerSplitter"));
+    innerSplitter->addWidget(m_sidePanel);
+    innerSplitter->addWidget(m_contentPane);
+    innerSplitter->setStretchFactor(1, 1);
+
+    auto* browsing = new QWidget;
+    auto* browsingLayout = new QVBoxLayout(browsing);
+    browsingLayout->setContentsMargins(0, 0, 0, 0);
+    browsingLayout->addLayout(m_pathBarLayout);
+    browsingLayout->addWidget(innerSplitter);
+    m_mainSplitter->addWidget(browsing);
+
+    // The spacing lines the preview up with the panes below the path bar.
+    auto* previewLayout = new QVBoxLayout;
+    previewLayout->setContentsMargins(0, 0, 0, 0);
+    previewLayout->addSpacing(m_pathBar->sizeHint().height() + TuiScale::metric(opts, 2));
+    previewLayout->addWidget(m_previewPanel);
+    m_previewContainer = new QWidget;
+    m_previewContainer->setObjectName(QStringLiteral("previewContainer"));
+    m_previewContainer->setLayout(previewLayout);
+    m_mainSplitter->addWidget(m_previewContainer);
+    m_mainSplitter->setStretchFactor(0, 1);
+
     auto* layout = new QVBoxLayout;
     layout->setContentsMargins(TuiScale::metric(opts, 4), TuiScale::metric(opts, 6), TuiScale::metric(opts, 4),
                                TuiScale::metric(opts, 3));
@@ -44,44 +112,267 @@ void AssetBrowser::buildPanes()
 
 void AssetBrowser::connectPanes()
 {
+    // A folder chosen in the side panel: the content pane lists it, the path bar shows it.
+    connect(m_sidePanel, &TreeViewPane::newPathSelected, this, &AssetBrowser::showFolder);
+    connect(m_sidePanel, &TreeViewPane::newPathSelected, this, &AssetBrowser::addItemToHistory);
+
+    // Into a folder from the content pane (double click, parent folder).
+    connect(m_contentPane, &ThumbnailPane::newPathDoubleClicked, m_pathBar, &SearchToolbar::onNewPathSelected);
+    connect(m_contentPane, &ThumbnailPane::newPathDoubleClicked, m_sidePanel, &TreeViewPane::setNewRootIndex);
+    connect(m_contentPane, &ThumbnailPane::newPathDoubleClicked, this, &AssetBrowser::addItemToHistory);
+    // A file selected in the content pane: its picture and facts.
+    connect(m_contentPane, &ThumbnailPane::newPathClicked, m_previewPanel, &PreviewPane::newPreviewRequested);
+    connect(m_contentPane, &ThumbnailPane::requestAddToFavorites, m_sidePanel->favoritesOrganizer(),
+            &TfavoritesOrganizer::addPathToFavorites);
+    connect(m_contentPane, &ThumbnailPane::toggleView, this, &AssetBrowser::toggleListIconView);
+    connect(m_contentPane, &ThumbnailPane::optionsDialogRequested, this, &AssetBrowser::openOptionsDialog);
+    connect(m_sidePanel->favoritesOrganizer(), &TfavoritesOrganizer::optionsDialogRequested, this,
+            &AssetBrowser::openOptionsDialog);
+
+    // The seven panel toggles of the content pane's settings menu.
+    connect(m_contentPane, &ThumbnailPane::toggleFilePathBar, this,
+            [this]() { m_pathBar->onToggleFilePathBar(m_pathBar->isHidden()); });
+    connect(m_contentPane, &ThumbnailPane::toggleProjectsTab, this, [this]() {
+        m_sidePanel->onToggleProjectsTab(!m_sidePanel->isTabShown(TreeViewPane::ProjectsTab));
+    });
+    connect(m_contentPane, &ThumbnailPane::toggleSystemTab, this, [this]() {
+        m_sidePanel->onToggleSystemTab(!m_sidePanel->isTabShown(TreeViewPane::SystemTab));
+    });
+    connect(m_contentPane, &ThumbnailPane::toggleLibraryTab, this, [this]() {
+        m_sidePanel->onToggleLibraryTab(!m_sidePanel->isTabShown(TreeViewPane::LibraryTab));
+    });
+    connect(m_contentPane, &ThumbnailPane::toggleFavoritesTab, this, [this]() {
+        m_sidePanel->onToggleFavoritesTab(!m_sidePanel->isTabShown(TreeViewPane::FavoritesTab));
+    });
+    connect(m_contentPane, &ThumbnailPane::togglePreviewTab, this, [this]() {
+        m_previewPanel->onTogglePreviewTab(!m_previewPanel->isPreviewTabShown());
+        onRefreshPreviewPanel(m_previewPanel->isPreviewTabShown() || m_previewPanel->isMetadataTabShown());
+    });
+    connect(m_contentPane, &ThumbnailPane::toggleMetadataTab, this, [this]() {
+        m_previewPanel->onToggleMetadataTab(!m_previewPanel->isMetadataTabShown());
+        onRefreshPreviewPanel(m_previewPanel->isPreviewTabShown() || m_previewPanel->isMetadataTabShown());
+    });
+
+    // The path bar: a typed or picked folder, and the history buttons.
+    connect(m_pathBar, &SearchToolbar::newPathSelected, m_contentPane, &ThumbnailPane::setListViewRootIndex);
+    connect(m_pathBar, &SearchToolbar::newPathSelected, m_pathBar, &SearchToolbar::onNewPathSelected);
+    connect(m_pathBar, &SearchToolbar::newPathSelected, m_sidePanel, &TreeViewPane::setNewRootIndex);
+    connect(m_pathBar, &SearchToolbar::newPathSelected, this, &AssetBrowser::addItemToHistory);
+    connect(m_pathBar, &SearchToolbar::backBtnClicked, this, &AssetBrowser::goBackHistory);
+    connect(m_pathBar, &SearchToolbar::fwdBtnClicked, this, &AssetBrowser::goFwdHistory);
+    connect(m_pathBar, &SearchToolbar::refreshBtnClicked, this,
+            [this]() { m_contentPane->setListViewRootIndex(m_contentPane->currentRootPath()); });
+
+    // Back and forward show a folder without recording it again.
+    connect(this, &AssetBrowser::moveInHistory, m_contentPane, &ThumbnailPane::setListViewRootIndex);
+    connect(this, &AssetBrowser::moveInHistory, m_pathBar, &SearchToolbar::onNewPathSelected);
+    connect(this, &AssetBrowser::moveInHistory, m_sidePanel, &TreeViewPane::setNewRootIndex);
+}
+
+void AssetBrowser::showFolder(const QString& path)
+{
+    m_contentPane->setListViewRootIndex(path);
+    m_pathBar->onNewPathSelected(m_contentPane->currentRootPath().isEmpty() ? path : m_contentPane->currentRootPath());
 }
 
 void AssetBrowser::applyVisibilityFlags()
 {
+    m_sidePanel->setVisible(m_options.wantTreeViewPanel());
+    m_contentPane->setVisible(m_options.wantThumbnailViewPanel());
+    m_previewPanel->setVisible(m_options.wantPreviewPanel());
+}
+
+void AssetBrowser::addItemToHistory(QString item)
+{
+    m_history.add(item);
+}
+
+void AssetBrowser::goBackHistory()
+{
+    if (const std::optional<QString> path = m_history.back())
+        Q_EMIT moveInHistory(*path);
+}
+
+void AssetBrowser::goFwdHistory()
+{
+    if (const std::optional<QString> path = m_history.forward())
+        Q_EMIT moveInHistory(*path);
+}
+
+void AssetBrowser::toggleListIconView()
+{
+    if (m_contentPane)
+        m_contentPane->toggleListIconView();
+}
+
+void AssetBrowser::setFileMenuActions(QString path)
+{
+    const QFileInfo info(path);
+    if (!info.exists() || !info.isFile())
+        return;
+    const QList<QAction*> actions = m_contentPane->getContextMenuAction(false);
+    if (!actions.isEmpty() && !actions.first()->isSeparator())
+        actions.first()->setText(rContentBrowserContextMenuImportVelaFile.asQString());
+    QMenuBar* menuBar = m_options.browserMenu();
+    if (!menuBar) {
+        qDeleteAll(actions);
+        return;
+    }
+    // One menu of the browser's own in the host's menu bar, holding the selected file's actions.
+    QMenu* menu = menuBar->findChild<QMenu*>(QStringLiteral("contentBrowserFileMenu"), Qt::FindDirectChildrenOnly);
+    if (!menu) {
+        menu = new QMenu(info.fileName(), menuBar);
+        menu->setObjectName(QStringLiteral("contentBrowserFileMenu"));
+        menuBar->addMenu(menu);
+    }
+    const QList<QAction*> old = menu->actions();
+    menu->clear();
+    for (QAction* action : old) {
+        if (action->parent() == menu)
+            action->deleteLater();
+    }
+    menu->setTitle(info.fileName());
+    for (QAction* action : actions)
+        action->setParent(menu);
+    menu->addActions(actions);
+}
+
+QDialog* AssetBrowser::optionsDialog() const
+{
+    return m_optionsDialog.data();
+}
+
+QString AssetBrowser::getCurrentDir()
+{
+    return m_contentPane ? m_contentPane->currentRootPath() : QString();
+}
+
+void AssetBrowser::openOptionsDialog(QString mode, QString file)
+{
+    if (m_optionsDialog) {
+        m_optionsDialog->deleteLater();
+        m_optionsDialog.clear();
+    }
+    TimportOptionsDialog* dialog = TimportOptionsDialog::create(mode, file, &m_options, this);
+    if (!dialog)
+        return;
+    m_optionsDialog = dialog;
+    connect(dialog, &QDialog::finished, this, &AssetBrowser::closeDialogOptions);
+    connect(dialog, &TimportOptionsDialog::saveRequested, this, &AssetBrowser::saveOptions);
+    // Only the exact spellings name a saved command; any other keeps the one stored before.
+    const QString saved = TimportOptionsDialog::savedCommandFor(mode);
+    if (!saved.isEmpty())
+        m_optionsCommand = toT(saved);
+    dialog->exec();
+}
+
+void AssetBrowser::closeDialogOptions()
+{
+    if (!m_optionsDialog)
+        return;
+    const bool accepted = m_optionsDialog->result() == QDialog::Accepted;
+    if (accepted)
+        TcommandEngine::executeCommand(toT(m_optionsDialog->confirmCommand()));
+    m_contentPane->fileOptionsDialogClosed(accepted);
+    if (m_sidePanel->currentTabId() == TreeViewPane::FavoritesTab)
+        m_sidePanel->favoritesOrganizer()->optionsDialogFinished(accepted);
+}
+
+void AssetBrowser::saveOptions()
+{
+    if (!m_optionsCommand.isEmpty())
+        TcommandEngine::executeCommand(m_optionsCommand);
+}
+
+void AssetBrowser::onRefreshPreviewPanel(bool enable)
+{
+    if (enable) {
+        if (m_previewContainer->parent() != m_mainSplitter) {
+            m_mainSplitter->addWidget(m_previewContainer);
+            m_previewContainer->show();
+        }
+    } else if (!m_previewPanel->isVisibleTo(m_previewContainer)) {
+        m_previewContainer->setParent(nullptr);
+    }
+}
+
+QString AssetBrowser::panelsKey() const
+{
+    return m_sidePanel->contextKey() + QStringLiteral("PanelsStatus");
+}
+
+void AssetBrowser::applyPanelsStatus()
+{
+    const Tstring key = toT(panelsKey());
+    if (!TprefOptionVar::optionVarExists(key))
+        return;
+    Tint32Array status;
+    TprefOptionVar::getOptionVarValue(key, status);
+    if (status.length() == 4) {
+        // Only the side panel's part is stored: complete it from what is shown now.
+        status.addLast(m_pathBar->isHidden() ? 0 : 1);
+        m_previewPanel->appendPanelsStatus(status);
+        TprefOptionVar::setOptionVarValue(key, status, toT(QLatin1String(kCategory)));
+        return;
+    }
+    if (status.length() != 7)
+        return;
+    m_pathBar->onToggleFilePathBar(status[4] != 0);
+    m_previewPanel->applyPanelsStatus(status);
+    m_contentPane->setPanelsStatus(status);
+    onRefreshPreviewPanel(status[5] != 0 || status[6] != 0);
+}
+
+void AssetBrowser::applyThumbnailSize()
+{
+    const Tstring key = toT(m_sidePanel->contextKey() + QStringLiteral("ThumbnailSize"));
+    if (TprefOptionVar::optionVarExists(key))
+        m_contentPane->setThumbnailSize(TprefOptionVar::intValue(key, 0));
 }
 
 void AssetBrowser::setBrowserContext(const Tstring& context, const Tstring& a, const Tstring& b)
 {
-    Q_UNUSED(a);
-    Q_UNUSED(b);
-    if (!m_contextName.isEmpty() && !m_stateSaved)
+    if (!m_sidePanel->contextKey().isEmpty() && !m_stateSaved)
         saveBrowserState();
-    m_contextName = Tstring_toQString(context);
+    m_sidePanel->setContext(Tstring_toQString(context), Tstring_toQString(a), Tstring_toQString(b));
     m_stateSaved = false;
+    applyPanelsStatus();
+    applyThumbnailSize();
 }
 
 void AssetBrowser::saveBrowserState()
 {
+    if (!m_sidePanel)
+        return;
+    m_sidePanel->saveContext();
     m_stateSaved = true;
+    applyPanelsStatus();
+    if (!m_sidePanel->contextKey().isEmpty())
+        TprefOptionVar::setOptionVarValue(toT(m_sidePanel->contextKey() + QStringLiteral("ThumbnailSize")),
+                                          m_contentPane->thumbnailSize(), toT(QLatin1String(kCategory)));
 }
 
 void AssetBrowser::showLibraryPath(const Tstring& path)
 {
-    Q_UNUSED(path);
+    const QString folder = Tstring_toQString(path);
+    if (m_sidePanel->tabIndex(TreeViewPane::LibraryTab) >= 0)
+        m_sidePanel->tabWidget()->setCurrentIndex(m_sidePanel->tabIndex(TreeViewPane::LibraryTab));
+    m_sidePanel->libraryOrganizer()->showLibraryPath(folder);
 }
 
 void AssetBrowser::addLibraryPath(const Tstring& path)
 {
-    Q_UNUSED(path);
+    m_sidePanel->libraryOrganizer()->addLibraryPath(Tstring_toQString(path));
 }
 
 void AssetBrowser::removeLibraryPath(const Tstring& path)
 {
-    Q_UNUSED(path);
+    m_sidePanel->libraryOrganizer()->removeLibraryPath(Tstring_toQString(path));
 }
 
 void AssetBrowser::refreshLibrary()
 {
+    m_sidePanel->libraryOrganizer()->refreshLibrary();
 }
 
 void AssetBrowser::showEvent(QShowEvent* event)

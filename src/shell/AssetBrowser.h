@@ -2,12 +2,23 @@
 
 #include "ORLOAssetBrowser.h"
 #include "TassetBrowserOptions.h"
+#include "TbrowserHistory.h"
 
-class QSplitter;
+#include <QPointer>
+
+class PreviewPane;
+class QDialog;
+class QHBoxLayout;
 class QShowEvent;
+class QSplitter;
+class SearchToolbar;
+class ThumbnailPane;
+class TimportOptionsDialog;
+class TreeViewPane;
 
 // The concrete browser behind ORLOAssetBrowser: owns the private copy of the host's options,
-// the panes and the splitters that hold them, and the per-context panel state.
+// the navigation history, the four panes and the splitters that hold them, and applies and
+// saves the panel layout and thumbnail size of each host context.
 class AssetBrowser : public ORLOAssetBrowser
 {
     Q_OBJECT
@@ -26,8 +37,36 @@ public:
 
     // The browser's own copy: every pane holds a pointer to it, never to the host's record.
     const TassetBrowserOptions* options() const { return &m_options; }
-    QString contextName() const { return m_contextName; }
+    const TbrowserHistory& history() const { return m_history; }
     bool stateSaved() const { return m_stateSaved; }
+    TreeViewPane* sidePanel() const { return m_sidePanel; }
+    ThumbnailPane* contentPane() const { return m_contentPane; }
+    PreviewPane* previewPanel() const { return m_previewPanel; }
+    SearchToolbar* pathBar() const { return m_pathBar; }
+    QWidget* previewContainer() const { return m_previewContainer; }
+    QSplitter* mainSplitter() const { return m_mainSplitter; }
+    QDialog* optionsDialog() const;
+
+Q_SIGNALS:
+    // Declared for hosts that watch the history; the browser never emits it.
+    void HistoryUpdated(TbrowserHistory History);
+    // After a step back or forward: the folder the panes are to show, not added to the history.
+    void moveInHistory(QString path);
+
+public Q_SLOTS:
+    void addItemToHistory(QString item);
+    void goBackHistory();
+    void goFwdHistory();
+    void toggleListIconView();
+    void setFileMenuActions(QString path);
+    QString getCurrentDir();
+    void closeDialogOptions();
+    void saveOptions();
+    void onRefreshPreviewPanel(bool enable);
+
+    // Shows the import or reference options of file (mode "Import" or "Reference", any case)
+    // in a modal dialog whose body the host fills; returns when the dialog has closed.
+    void openOptionsDialog(QString mode, QString file);
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -36,9 +75,21 @@ private:
     void buildPanes();
     void connectPanes();
     void applyVisibilityFlags();
+    QString panelsKey() const;
+    void applyPanelsStatus();
+    void applyThumbnailSize();
+    void showFolder(const QString& path);
 
+    TreeViewPane* m_sidePanel = nullptr;
+    ThumbnailPane* m_contentPane = nullptr;
+    PreviewPane* m_previewPanel = nullptr;
+    SearchToolbar* m_pathBar = nullptr;
+    TbrowserHistory m_history;
     TassetBrowserOptions m_options;
+    QPointer<TimportOptionsDialog> m_optionsDialog;
+    Tstring m_optionsCommand;
+    QWidget* m_previewContainer = nullptr;
+    QHBoxLayout* m_pathBarLayout = nullptr;
     QSplitter* m_mainSplitter = nullptr;
-    QString m_contextName;
     bool m_stateSaved = false;
 };
