@@ -85,10 +85,13 @@ ThostMainWindow::ThostMainWindow(const Settings& settings)
     }
     setCentralWidget(m_browser);
 
-    const Tstring context("main");
+    const Tstring context = toT(settings.context);
     if (settings.forceStartFolder) {
         // The folder the user named wins over where the context was left last time.
-        TprefOptionVar::removeOptionVar(Tstring("mainContentBrowserContext"));
+        QString key = settings.context;
+        if (!key.endsWith(QLatin1String("ContentBrowserContext")))
+            key += QLatin1String("ContentBrowserContext");
+        TprefOptionVar::removeOptionVar(toT(key));
     }
     m_browser->setBrowserContext(context, toT(settings.startTab), toT(settings.startFolder));
 

@@ -27,6 +27,8 @@ public:
         // handed to the browser as its context's defaults.
         QString startTab;
         QString startFolder;
+        // The host context the browser keeps its tab, folder, panels and sizes under.
+        QString context = QStringLiteral("main");
         // Open startFolder even when the context remembers another place (the user named it).
         bool forceStartFolder = false;
         // Where the host's projects are found (the sample projects); may be empty.

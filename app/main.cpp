@@ -96,6 +96,11 @@ int main(int argc, char** argv)
     const QCommandLineOption lightOption(QStringLiteral("light"),
         QStringLiteral("Use a light interface instead of the host's dark one."));
     parser.addOption(lightOption);
+    const QCommandLineOption contextOption(QStringLiteral("context"),
+        QStringLiteral("Host context NAME: the browser keeps its tab, folder, panels and thumbnail size per context\n"
+                       "(default: main)."),
+        QStringLiteral("NAME"), QStringLiteral("main"));
+    parser.addOption(contextOption);
     parser.addOption(prefsOption);
     parser.addOption(screenshotOption);
     parser.addOption(sizeOption);
@@ -159,6 +164,10 @@ int main(int argc, char** argv)
         settings.startTab = QStringLiteral("system");
         settings.startFolder = QDir::homePath();
     }
+
+    settings.context = parser.value(contextOption);
+    if (settings.context.trimmed().isEmpty())
+        return fail(QStringLiteral("--context needs a name"));
 
     ThostMainWindow window(settings);
     window.resize(size);

@@ -1,0 +1,300 @@
+// The whole browser, made only through the exported factory and driven as a user would.
+#include "AssetBrowser.h"
+#include "BrowserTreeView.h"
+#include "PreviewPane.h"
+#include "SearchToolbar.h"
+#include "TbrowserStrings.h"
+#include "TdirectoryFilterProxy.h"
+#include "TfileSystemModel.h"
+#include "Tint32Array.h"
+#include "TprefOptionVar.h"
+#include "TrecordingHost.h"
+#include "ThumbnailPane.h"
+#include "TreeViewPane.h"
+#include "TstringArray.h"
+#include "VelaEnv.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QMenu>
+#include <QPushButton>
+#include <QSplitter>
+#include <QTabWidget>
+#include <QtTest>
+
+namespace {
+Tstring T(const QString& text)
+{
+    Tstring out;
+    Tstring_fromQString(text, out);
+    return out;
+}
+
+QList<int> panels(const QString& context)
+{
+    Tint32Array array;
+    QList<int> values;
+    if (TprefOptionVar::getOptionVarValue(T(context + QStringLiteral("ContentBrowserContextPanelsStatus")), array)) {
+        for (int i = 0; i < array.length(); ++i)
+            values << array[i];
+    }
+    return values;
+}
+
+void setPanels(const QString& context, const QList<int>& values)
+{
+    Tint32Array array;
+    for (int v : values)
+        array.addLast(v);
+    TprefOptionVar::setOptionVarValue(T(context + QStringLiteral("ContentBrowserContextPanelsStatus")), array,
+                                      T(QStringLiteral("Content Browser")));
+}
+
+// The settings menu's check box for one panel, as the user clicks it.
+QCheckBox* settingsEntry(ThumbnailPane* pane, const TstringId& key)
+{
+    for (QCheckBox* box : pane->settingsMenu()->findChildren<QCheckBox*>()) {
+        if (box->text() == key.asQString())
+            return box;
+    }
+    return nullptr;
+}
+} // namespace
+
+class TstAssetBrowser : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void everyPaneIsBuiltWhateverTheFlags();
+    void clickingASystemFolderDrivesThePanes();
+    void backAndForwardWalkTheHistory();
+    void settingsTogglesReachPanelsStatus();
+    void contextsKeepTheirOwnState();
+    void panelsStatusLengths_data();
+    void panelsStatusLengths();
+    void hidingBothPreviewTabsDetachesThePreview();
+    void libraryOperationsReachTheLibrary();
+
+private:
+    AssetBrowser* make(const TassetBrowserOptions& options);
+    QModelIndex systemIndex(const QString& path) const;
+    void clickSystemFolder(const QString& path);
+
+    std::unique_ptr<TfreshHostState> m_state;
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<TrecordingHost> m_host;
+    std::unique_ptr<ORLOAssetBrowser> m_browser;
+    QString m_savedContentPath;
+};
+
+void TstAssetBrowser::init()
+{
+    m_state = std::make_unique<TfreshHostState>();
+    m_dir = std::make_unique<QTemporaryDir>();
+    QDir root(m_dir->path());
+    for (const char* folder : {"shots/sh010", "shots/sh020", "props", "lib/Trees"})
+        root.mkpath(QLatin1String(folder));
+    QFile file(root.filePath(QStringLiteral("props/crate.vela")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    m_host = std::make_unique<TrecordingHost>();
+    m_savedContentPath = Tstring_toQString(VelaGetEnv(Tstring("VELA_CONTENT_PATH")));
+    VelaPutEnv(Tstring("VELA_CONTENT_PATH"), T(root.filePath(QStringLiteral("lib"))));
+}
+
+void TstAssetBrowser::cleanup()
+{
+    m_browser.reset();
+    m_host.reset();
+    VelaPutEnv(Tstring("VELA_CONTENT_PATH"), T(m_savedContentPath));
+    m_dir.reset();
+    m_state.reset();
+}
+
+AssetBrowser* TstAssetBrowser::make(const TassetBrowserOptions& options)
+{
+    TassetBrowserOptions withPrefs = options;
+    withPrefs.setPreferenceDir(m_state->preferenceDir().toStdString());
+    m_browser.reset(CreateORLOAssetBrowser(withPrefs, nullptr));
+    auto* browser = qobject_cast<AssetBrowser*>(m_browser.get());
+    browser->resize(1200, 800);
+    browser->show();
+    return browser;
+}
+
+QModelIndex TstAssetBrowser::systemIndex(const QString& path) const
+{
+    auto* browser = static_cast<AssetBrowser*>(m_browser.get());
+    TreeViewPane* side = browser->sidePanel();
+    return side->systemProxy()->mapFromSource(side->systemModel()->index(path));
+}
+
+void TstAssetBrowser::clickSystemFolder(const QString& path)
+{
+    auto* browser = static_cast<AssetBrowser*>(m_browser.get());
+    TreeViewPane* side = browser->sidePanel();
+    side->tabWidget()->setCurrentIndex(side->tabIndex(TreeViewPane::SystemTab));
+    BrowserTreeView* tree = side->systemTree();
+    QTRY_VERIFY(systemIndex(path).isValid());
+    tree->scrollTo(systemIndex(path));
+    QTRY_VERIFY(tree->visualRect(systemIndex(path)).isValid());
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(systemIndex(path)).center());
+}
+
+void TstAssetBrowser::everyPaneIsBuiltWhateverTheFlags()
+{
+    TassetBrowserOptions options = m_host->options();
+    options.setWantTreeViewPanel(false);
+    options.setWantThumbnailViewPanel(false);
+    options.setWantPreviewPanel(false);
+    AssetBrowser* browser = make(options);
+    QVERIFY(browser->sidePanel() && browser->contentPane() && browser->previewPanel() && browser->pathBar());
+    QVERIFY(browser->sidePanel()->isHidden());
+    QVERIFY(browser->contentPane()->isHidden());
+    QVERIFY(browser->previewPanel()->isHidden());
+    QVERIFY(browser->pathBar()->isVisible());
+}
+
+void TstAssetBrowser::clickingASystemFolderDrivesThePanes()
+{
+    AssetBrowser* browser = make(m_host->options());
+    const QString shots = m_dir->filePath(QStringLiteral("shots"));
+    clickSystemFolder(shots);
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+    QVERIFY2(browser->pathBar()->pathEdit()->currentText().startsWith(shots),
+             qPrintable(browser->pathBar()->pathEdit()->currentText()));
+    QCOMPARE(browser->history().paths().last(), shots);
+    QCOMPARE(browser->getCurrentDir(), shots);
+}
+
+void TstAssetBrowser::backAndForwardWalkTheHistory()
+{
+    AssetBrowser* browser = make(m_host->options());
+    const QString shots = m_dir->filePath(QStringLiteral("shots"));
+    const QString props = m_dir->filePath(QStringLiteral("props"));
+    clickSystemFolder(shots);
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+    clickSystemFolder(props);
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), props);
+
+    QSignalSpy moves(browser, &AssetBrowser::moveInHistory);
+    QTest::mouseClick(browser->pathBar()->backButton(), Qt::LeftButton);
+    QCOMPARE(moves.size(), 1);
+    QCOMPARE(browser->contentPane()->currentRootPath(), shots);
+    QVERIFY(browser->pathBar()->pathEdit()->currentText().startsWith(shots));
+    QTest::mouseClick(browser->pathBar()->forwardButton(), Qt::LeftButton);
+    QCOMPARE(browser->contentPane()->currentRootPath(), props);
+    // Going back and forward records nothing new.
+    QCOMPARE(browser->history().paths().mid(browser->history().size() - 2), QStringList({shots, props}));
+}
+
+void TstAssetBrowser::settingsTogglesReachPanelsStatus()
+{
+    AssetBrowser* browser = make(m_host->options());
+    browser->setBrowserContext(T(QStringLiteral("modeling")), T(QStringLiteral("system")), T(m_dir->path()));
+    ThumbnailPane* pane = browser->contentPane();
+    settingsEntry(pane, rContentBrowserMenuTabSystem)->click();
+    settingsEntry(pane, rContentBrowserFilePathBar)->click();
+    settingsEntry(pane, rContentBrowserMenuTabMetadata)->click();
+    QVERIFY(!browser->sidePanel()->isTabShown(TreeViewPane::SystemTab));
+    QVERIFY(browser->pathBar()->isHidden());
+    QVERIFY(!browser->previewPanel()->isMetadataTabShown());
+    browser->saveBrowserState();
+    QCOMPARE(panels(QStringLiteral("modeling")), QList<int>({1, 0, 1, 1, 0, 1, 0}));
+
+    settingsEntry(pane, rContentBrowserFilePathBar)->click();
+    browser->saveBrowserState();
+    QCOMPARE(panels(QStringLiteral("modeling")).at(4), 1);
+    QVERIFY(!browser->pathBar()->isHidden());
+}
+
+void TstAssetBrowser::contextsKeepTheirOwnState()
+{
+    AssetBrowser* browser = make(m_host->options());
+    const QString shots = m_dir->filePath(QStringLiteral("shots"));
+    const QString props = m_dir->filePath(QStringLiteral("props"));
+    browser->setBrowserContext(T(QStringLiteral("anim")), T(QStringLiteral("system")), T(shots));
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+    const int first = browser->contentPane()->thumbnailSize();
+    settingsEntry(browser->contentPane(), rContentBrowserMenuTabFavorites)->click();
+
+    // Switching saves the outgoing context on the way.
+    browser->setBrowserContext(T(QStringLiteral("lookdev")), T(QStringLiteral("system")), T(props));
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), props);
+    QCOMPARE(panels(QStringLiteral("anim")).mid(0, 4), QList<int>({1, 1, 1, 0}));
+    QVERIFY(browser->sidePanel()->isTabShown(TreeViewPane::FavoritesTab));
+    const QList<int> sizes = {64, 128, 256, 512};
+    const int other = sizes.at((sizes.indexOf(first) + 1) % sizes.size());
+    browser->contentPane()->setThumbnailSize(other);
+    browser->saveBrowserState();
+    QVERIFY(browser->stateSaved());
+
+    browser->setBrowserContext(T(QStringLiteral("anim")), T(QStringLiteral("system")), T(props));
+    QVERIFY(!browser->stateSaved());
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+    QVERIFY(!browser->sidePanel()->isTabShown(TreeViewPane::FavoritesTab));
+    QCOMPARE(browser->contentPane()->thumbnailSize(), first);
+
+    browser->setBrowserContext(T(QStringLiteral("lookdevContentBrowserContext")), T(QStringLiteral("system")), T(shots));
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), props);
+    QCOMPARE(browser->contentPane()->thumbnailSize(), other);
+}
+
+void TstAssetBrowser::panelsStatusLengths_data()
+{
+    QTest::addColumn<QList<int>>("stored");
+    QTest::addColumn<QList<int>>("after");
+    QTest::addColumn<bool>("pathBarShown");
+    QTest::newRow("four values are completed") << QList<int>({1, 1, 1, 1}) << QList<int>({1, 1, 1, 1, 1, 1, 1}) << true;
+    QTest::newRow("five are ignored") << QList<int>({1, 1, 1, 1, 0}) << QList<int>({1, 1, 1, 1, 0}) << true;
+    QTest::newRow("six are ignored") << QList<int>({1, 1, 1, 1, 0, 0}) << QList<int>({1, 1, 1, 1, 0, 0}) << true;
+    QTest::newRow("eight are ignored") << QList<int>({1, 1, 1, 1, 0, 0, 0, 0}) << QList<int>({1, 1, 1, 1, 0, 0, 0, 0})
+                                       << true;
+    QTest::newRow("seven are applied") << QList<int>({1, 1, 1, 1, 0, 1, 1}) << QList<int>({1, 1, 1, 1, 0, 1, 1})
+                                       << false;
+}
+
+void TstAssetBrowser::panelsStatusLengths()
+{
+    QFETCH(QList<int>, stored);
+    QFETCH(QList<int>, after);
+    QFETCH(bool, pathBarShown);
+    setPanels(QStringLiteral("fx"), stored);
+    AssetBrowser* browser = make(m_host->options());
+    browser->setBrowserContext(T(QStringLiteral("fx")), T(QStringLiteral("system")), T(m_dir->path()));
+    QCOMPARE(panels(QStringLiteral("fx")), after);
+    QCOMPARE(!browser->pathBar()->isHidden(), pathBarShown);
+}
+
+void TstAssetBrowser::hidingBothPreviewTabsDetachesThePreview()
+{
+    AssetBrowser* browser = make(m_host->options());
+    ThumbnailPane* pane = browser->contentPane();
+    QCOMPARE(browser->previewContainer()->parentWidget(), browser->mainSplitter());
+    settingsEntry(pane, rContentBrowserMenuTabPreview)->click();
+    QCOMPARE(browser->previewContainer()->parentWidget(), browser->mainSplitter());
+    settingsEntry(pane, rContentBrowserMenuTabMetadata)->click();
+    QVERIFY(!browser->previewContainer()->parentWidget());
+    QCOMPARE(browser->mainSplitter()->count(), 1);
+    settingsEntry(pane, rContentBrowserMenuTabPreview)->click();
+    QCOMPARE(browser->previewContainer()->parentWidget(), browser->mainSplitter());
+    QVERIFY(browser->previewPanel()->isVisible());
+}
+
+void TstAssetBrowser::libraryOperationsReachTheLibrary()
+{
+    AssetBrowser* browser = make(m_host->options());
+    const QString extra = m_dir->filePath(QStringLiteral("props"));
+    browser->addLibraryPath(T(extra));
+    QVERIFY(Tstring_toQString(VelaGetEnv(Tstring("VELA_CONTENT_PATH"))).contains(extra));
+    browser->removeLibraryPath(T(extra));
+    QVERIFY(!Tstring_toQString(VelaGetEnv(Tstring("VELA_CONTENT_PATH"))).contains(extra));
+    browser->sidePanel()->tabWidget()->setCurrentIndex(browser->sidePanel()->tabIndex(TreeViewPane::SystemTab));
+    browser->showLibraryPath(T(m_dir->filePath(QStringLiteral("lib/Trees"))));
+    QCOMPARE(browser->sidePanel()->currentTabId(), TreeViewPane::LibraryTab);
+}
+
+QTEST_MAIN(TstAssetBrowser)
+#include "tst_assetbrowser.moc"
