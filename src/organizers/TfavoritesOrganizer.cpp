@@ -12,21 +12,20 @@
 #include "TuiScale.h"
 
 #include "QvelaMenuItem.h"
-#include "Tstring.h"
 #include "TstringFormat.h"
 
 #include <QAction>
 #include <QDataStream>
+#include <QDir>
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QMimeData>
-#include <QDir>
 #include <QFileInfo>
 #include <QHash>
 #include <QItemSelectionModel>
 #include <QMenu>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QRegularExpression>
 #include <QSet>
 #include <QStandardItem>
