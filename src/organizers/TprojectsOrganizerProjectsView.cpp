@@ -1,5 +1,7 @@
 #include "TprojectsOrganizerProjectsView.h"
 
+#include "TscriptCommand.h"
+
 #include "TOrganizerItemModel.h"
 #include "TabProjectSidebarManager.h"
 #include "TassetBrowserOptions.h"
@@ -32,14 +34,6 @@ Tstring toTstring(const QString& text)
     Tstring out;
     Tstring_fromQString(text, out);
     return out;
-}
-
-// A string literal of the host's script language.
-QString quoted(QString text)
-{
-    text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
-    text.replace(QLatin1Char('"'), QLatin1String("\\\""));
-    return QLatin1Char('"') + text + QLatin1Char('"');
 }
 
 bool liesIn(const QString& folder, const QString& target)
@@ -200,7 +194,7 @@ void TprojectsOrganizerProjectsView::onProjectPicked(int index)
     }
     QString path;
     manager->recentProjectPath(path);
-    TcommandEngine::executeCommand(toTstring(QStringLiteral("addRecentProject ") + quoted(path)));
+    TcommandEngine::executeCommand(toTstring(QStringLiteral("addRecentProject \"") + TscriptCommand::literal(path) + QLatin1Char('"')));
 }
 
 void TprojectsOrganizerProjectsView::showHostProject()
