@@ -342,6 +342,7 @@ void QvelaBreadCrumb::setPath(const QString& path)
     while (d->folders.size() < d->segments.size()) {
         auto* folder = new TcrumbButton(CrumbKind::Folder, d->barHeight, this);
         auto* separator = new TcrumbButton(CrumbKind::Separator, d->barHeight, this);
+        folder->setFont(font());
         separator->setIndex(int(d->separators.size()));
         separator->setImage(d->image(separatorIconName));
         connect(folder, &QAbstractButton::clicked, this, [this, folder] { Q_EMIT newPathSelected(folder->path()); });
@@ -423,6 +424,10 @@ void QvelaBreadCrumb::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        // Given explicitly: a style sheet above the bar may otherwise hand the buttons the
+        // application's font rather than the bar's.
+        for (TcrumbButton* button : std::as_const(d->folders))
+            button->setFont(font());
         relayout();
         updateGeometry();
     }

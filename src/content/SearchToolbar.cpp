@@ -9,6 +9,7 @@
 #include "TfileSystemModel.h"
 #include "TuiScale.h"
 
+#include <QAbstractFileIconProvider>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
@@ -41,6 +42,28 @@ QString existingForm(const QString& path)
         return path;
     const QString single = singleSlashes(path);
     return QFileInfo::exists(single) ? single : QString();
+}
+
+// Completion needs names only. The default provider reads the first bytes of every file it
+// lists to name its type, and some files never answer (/proc/kmsg): typing such a folder
+// would freeze the bar. Stateless, so one serves every bar for the life of the program.
+class TnameOnlyIconProvider : public QAbstractFileIconProvider
+{
+public:
+    QIcon icon(IconType) const override { return QIcon(); }
+    QIcon icon(const QFileInfo&) const override { return QIcon(); }
+    // Never shown (the completer lists names), but the model takes an empty type for an
+    // entry it has not finished reading and leaves it out.
+    QString type(const QFileInfo& info) const override
+    {
+        return info.isDir() ? QStringLiteral("folder") : QStringLiteral("file");
+    }
+};
+
+QAbstractFileIconProvider* nameOnlyIconProvider()
+{
+    static TnameOnlyIconProvider provider;
+    return &provider;
 }
 
 QPushButton* makeNavigationButton(const TassetBrowserOptions* options, const QString& image, const QString& toolTip,
@@ -89,6 +112,8 @@ SearchToolbar::SearchToolbar(const TassetBrowserOptions* options, QWidget* paren
     m_pathEdit->lineEdit()->setTextMargins(TuiScale::length(options, 6), 0, 0, 0);
     auto* completer = new QCompleter(m_pathEdit);
     auto* completionModel = new QFileSystemModel(completer);
+    completionModel->setIconProvider(nameOnlyIconProvider());
+    // Rooted above every drive, so that completion can walk any absolute path.
     completionModel->setRootPath(QString());
     completer->setModel(completionModel);
     m_pathEdit->setCompleter(completer);

@@ -8,9 +8,11 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QCompleter>
 #include <QCursor>
 #include <QDir>
 #include <QFile>
+#include <QFileSystemModel>
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -159,6 +161,7 @@ private Q_SLOTS:
     void navigationButtonsLeaveTheFieldInPlace();
     void escapeReturnsToBreadCrumb();
     void freeAreaSwitchesToTyping();
+    void typingOffersCompletions();
     void historyButtonOpensWideList();
     void breadCrumbFoldersNavigate_data();
     void breadCrumbFoldersNavigate();
@@ -636,6 +639,30 @@ void TestSearchToolbar::freeAreaSwitchesToTyping()
     QVERIFY(m_bar->pathEdit()->isVisible());
     QCOMPARE(m_bar->pathEdit()->currentText(), shown);
     QCOMPARE(selected.size(), 0);
+}
+
+void TestSearchToolbar::typingOffersCompletions()
+{
+    showInBreadCrumb(at(QStringLiteral("alpha/")));
+    startTyping();
+    QCompleter* completer = m_bar->pathEdit()->completer();
+    QVERIFY(completer);
+    auto* model = qobject_cast<QFileSystemModel*>(completer->model());
+    QVERIFY(model);
+    m_bar->pathEdit()->lineEdit()->selectAll();
+    QTest::keyClicks(m_bar->pathEdit(), at(QStringLiteral("alpha/d")));
+    // The folder is read in the background; a person typing gives it that time.
+    const QModelIndex alpha = model->index(at(QStringLiteral("alpha")));
+    if (model->canFetchMore(alpha))
+        model->fetchMore(alpha);
+    QTRY_VERIFY(model->rowCount(alpha) >= 2);
+    QTest::keyClicks(m_bar->pathEdit(), QStringLiteral("e"));
+
+    QTRY_VERIFY(completer->popup()->isVisible());
+    QCOMPARE(completer->currentCompletion(), at(QStringLiteral("alpha/delta")));
+    QVERIFY(!m_bar->isBreadCrumbMode());
+    QTest::keyClick(completer->popup(), Qt::Key_Escape);
+    QVERIFY(!m_bar->isBreadCrumbMode());
 }
 
 void TestSearchToolbar::historyButtonOpensWideList()

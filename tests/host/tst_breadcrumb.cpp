@@ -94,6 +94,7 @@ private Q_SLOTS:
     void leadingFoldersCollapse();
     void ownerMayMoveFromInsideTheSignals();
     void imagesComeFromTheIconSource();
+    void foldersTakeTheBarsFont();
 
 private:
     QvelaBreadCrumb* crumb() const { return m_crumb; }
@@ -424,6 +425,25 @@ void TestBreadCrumb::imagesComeFromTheIconSource()
     QVERIFY(crumb()->openMenu());
     QVERIFY(asked.contains(QvelaBreadCrumb::folderIconName));
     QVERIFY(!crumb()->openMenu()->actions().constFirst()->icon().isNull());
+}
+
+void TestBreadCrumb::foldersTakeTheBarsFont()
+{
+    // A style sheet above the bar, as owners set for their tooltips, must not give the
+    // folder buttons the application's font instead of the bar's.
+    m_window->setStyleSheet(QStringLiteral("QToolTip{ background-color:#FFFFDE; }"));
+    crumb()->setPath(QStringLiteral("/home/ada/"));
+    const int narrow = shown(crumb(), "breadCrumbFolder").at(1)->sizeHint().width();
+    QFont large = crumb()->font();
+    large.setPointSizeF(large.pointSizeF() * 2);
+    crumb()->setFont(large);
+    crumb()->setPath(QStringLiteral("/home/ada/scenes/"));
+
+    const QList<QAbstractButton*> folders = shown(crumb(), "breadCrumbFolder");
+    QCOMPARE(folders.size(), 4);
+    for (QAbstractButton* folder : folders)
+        QVERIFY2(qFuzzyCompare(folder->font().pointSizeF(), large.pointSizeF()), qPrintable(folder->text()));
+    QVERIFY(folders.at(1)->width() > narrow);
 }
 
 QTEST_MAIN(TestBreadCrumb)
