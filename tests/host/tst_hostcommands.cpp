@@ -16,10 +16,12 @@ class CountedScriptAction : public TidleScriptAction
 {
 public:
     static int alive;
-    CountedScriptAction(bool echo, bool undoable)
-        : TidleScriptAction(echo, undoable)
+    explicit CountedScriptAction(const char* script, bool undoable = false)
+        : TidleScriptAction(undoable, undoable)
     {
         ++alive;
+        setScriptOnly(script);
+        setDestroyAfterRunning(true);
     }
     ~CountedScriptAction() override { --alive; }
 };
@@ -43,296 +45,210 @@ class TestHostCommands : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        TcommandEngine::resetForTesting();
+        CountedScriptAction::alive = 0;
+    }
+    void cleanup() { TcommandEngine::resetForTesting(); }
 
-    void commandGoesToTheHandlerOfItsName_data();
-    void commandGoesToTheHandlerOfItsName();
-    void recordShowsWhatWasSentAndAnswered();
-    void unknownCommand();
-    void handlerMayUnregisterItselfWhileRunning();
-    void resultReadsAsEachType_data();
-    void resultReadsAsEachType();
-    void displayErrorGoesThroughTheHostDisplay();
-    void idleScriptActionRunsFromTheEventLoopAndDeletesItself();
-    void idleActionDeletedBeforeItsTurnNeverRuns();
-    void idleActionKeptWhenNotAskedToDestroy();
-    void hostActionRunsItsScript();
-};
+    void commandGoesToTheHandlerOfItsName_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("name");
 
-void TestHostCommands::init()
-{
-    TcommandEngine::resetForTesting();
-    CountedScriptAction::alive = 0;
-}
+        QTest::newRow("procedure call") << "performFileSilentImportAction( \"/a b/c.vs\")"
+                                        << "performFileSilentImportAction";
+        QTest::newRow("no blank before parenthesis") << "performFileReferenceAction(\"/x\")"
+                                                     << "performFileReferenceAction";
+        QTest::newRow("flags") << "optionVar -q defaultFileImportType" << "optionVar";
+        QTest::newRow("leading tabs") << "\tmenu\t\t\t-helpMenu true\t\tHelpMenu" << "menu";
+        QTest::newRow("statement end") << "refresh;" << "refresh";
+        QTest::newRow("line break") << "first\nsecond" << "first";
+        QTest::newRow("empty") << "" << "";
+        QTest::newRow("blanks only") << "  \t " << "";
+    }
 
-void TestHostCommands::cleanup()
-{
-    TcommandEngine::resetForTesting();
-}
+    void commandGoesToTheHandlerOfItsName()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, name);
+        const QByteArray row = QTest::currentDataTag();
 
-void TestHostCommands::commandGoesToTheHandlerOfItsName_data()
-{
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("name");
+        QVERIFY2(TcommandEngine::commandName(line) == name, row);
+        QStringList received;
+        if (!name.isEmpty()) {
+            TcommandEngine::registerHandler(name, [&received](const QString& commandLine, TvslCmdResult&) {
+                received.append(commandLine);
+                return true;
+            });
+        }
+        QVERIFY2(TcommandEngine::executeCommand(Tstring(line)) == !name.isEmpty(), row);
+        QVERIFY2(received == (name.isEmpty() ? QStringList() : QStringList{line}), row);
+    }
 
-    QTest::newRow("procedure call") << "performFileSilentImportAction( \"/a b/c.vs\")"
-                                    << "performFileSilentImportAction";
-    QTest::newRow("no blank before parenthesis") << "performFileReferenceAction(\"/x\")"
-                                                 << "performFileReferenceAction";
-    QTest::newRow("flags") << "optionVar -q defaultFileImportType"
-                           << "optionVar";
-    QTest::newRow("leading tabs") << "\tmenu\t\t\t-helpMenu true\t\tHelpMenu"
-                                  << "menu";
-    QTest::newRow("leading blanks") << "   ProjectWindow"
-                                    << "ProjectWindow";
-    QTest::newRow("statement end") << "refresh;"
-                                   << "refresh";
-    QTest::newRow("line break") << "first\nsecond"
-                                << "first";
-    QTest::newRow("empty") << ""
-                           << "";
-    QTest::newRow("blanks only") << "  \t "
-                                 << "";
-}
-
-void TestHostCommands::commandGoesToTheHandlerOfItsName()
-{
-    QFETCH(QString, line);
-    QFETCH(QString, name);
-    const QByteArray row = QTest::currentDataTag();
-
-    QVERIFY2(TcommandEngine::commandName(line) == name, row);
-
-    QStringList received;
-    for (const QString& handled : {QStringLiteral("performFileSilentImportAction"),
-                                   QStringLiteral("performFileReferenceAction"), QStringLiteral("optionVar"),
-                                   QStringLiteral("menu"), QStringLiteral("ProjectWindow"),
-                                   QStringLiteral("refresh"), QStringLiteral("first")}) {
-        TcommandEngine::registerHandler(handled, [&received, handled](const QString& commandLine, TvslCmdResult&) {
-            received.append(handled + u'|' + commandLine);
+    void recordShowsWhatWasSentAndAnswered()
+    {
+        TcommandEngine::registerHandler("optionVar", [](const QString&, TvslCmdResult& result) {
+            result.setString(QStringLiteral("vsAscii"));
             return true;
         });
+        TcommandEngine::registerHandler("failing", [](const QString&, TvslCmdResult&) { return false; });
+        // The inner command finishes, and is recorded, before the outer one.
+        TcommandEngine::registerHandler("outer", [](const QString&, TvslCmdResult& result) {
+            TcommandEngine::executeCommand("optionVar -q inner");
+            result.setInt(2);
+            return true;
+        });
+
+        TvslCmdResult result;
+        QVERIFY(TcommandEngine::executeCommand("optionVar -q defaultFileImportType", result, true, false));
+        QCOMPARE(result.asString(), Tstring("vsAscii"));
+        QVERIFY(!TcommandEngine::executeCommand("failing now", false, true));
+        QVERIFY(TcommandEngine::executeCommand("outer"));
+
+        const QVector<TcommandRecord>& record = TcommandEngine::record();
+        QCOMPARE(record.size(), 4);
+        const TcommandRecord& first = record.at(0);
+        QCOMPARE(first.command, QStringLiteral("optionVar -q defaultFileImportType"));
+        QCOMPARE(first.name, QStringLiteral("optionVar"));
+        QVERIFY(first.handled && first.ok && first.echo && !first.undoable);
+        QCOMPARE(first.answer, QStringLiteral("vsAscii"));
+        QVERIFY(record.at(1).handled && !record.at(1).ok && record.at(1).undoable);
+        QCOMPARE(record.at(2).command, QStringLiteral("optionVar -q inner"));
+        QCOMPARE(record.at(3).command, QStringLiteral("outer"));
+        QCOMPARE(record.at(3).answer, QStringLiteral("2"));
     }
-    const bool ok = TcommandEngine::executeCommand(Tstring(line));
-    QVERIFY2(ok == !name.isEmpty(), row);
-    QVERIFY2(received == (name.isEmpty() ? QStringList() : QStringList{name + u'|' + line}), row);
-}
 
-void TestHostCommands::recordShowsWhatWasSentAndAnswered()
-{
-    TcommandEngine::registerHandler("optionVar", [](const QString&, TvslCmdResult& result) {
-        result.setString(QStringLiteral("vsAscii"));
-        return true;
-    });
-    TcommandEngine::registerHandler("failing", [](const QString&, TvslCmdResult&) { return false; });
-    // A handler that runs another command: the inner one finishes, and is recorded, first.
-    TcommandEngine::registerHandler("outer", [](const QString&, TvslCmdResult& result) {
-        TcommandEngine::executeCommand("optionVar -q inner");
-        result.setInt(2);
-        return true;
-    });
-    QSignalSpy executed(TcommandEngine::instance(), &TcommandEngine::commandExecuted);
+    void unknownCommand()
+    {
+        TvslCmdResult result;
+        result.setString(QStringLiteral("left over"));
+        QVERIFY(!TcommandEngine::executeCommandWithResult("doHelpMenuItems \"a|b\" \"HelpMenu\"", result));
+        QVERIFY(result.isEmpty());
 
-    TvslCmdResult result;
-    QVERIFY(TcommandEngine::executeCommand("optionVar -q defaultFileImportType", result, true, false));
-    QCOMPARE(result.asString(), Tstring("vsAscii"));
-    QVERIFY(!TcommandEngine::executeCommand("failing now", false, true));
-    QVERIFY(TcommandEngine::executeCommand("outer"));
+        const TcommandRecord& entry = TcommandEngine::record().last();
+        QCOMPARE(entry.name, QStringLiteral("doHelpMenuItems"));
+        QVERIFY(!entry.handled && !entry.ok);
+        QVERIFY2(entry.answer.contains("Unknown command") && entry.answer.contains("doHelpMenuItems"),
+                 qPrintable(entry.answer));
+    }
 
-    const QVector<TcommandRecord>& record = TcommandEngine::record();
-    QCOMPARE(record.size(), 4);
-    const TcommandRecord& first = record.at(0);
-    QCOMPARE(first.command, QStringLiteral("optionVar -q defaultFileImportType"));
-    QCOMPARE(first.name, QStringLiteral("optionVar"));
-    QVERIFY(first.handled && first.ok && first.echo && !first.undoable);
-    QCOMPARE(first.answer, QStringLiteral("vsAscii"));
-    QVERIFY(record.at(1).handled && !record.at(1).ok && record.at(1).undoable);
-    QCOMPARE(record.at(2).command, QStringLiteral("optionVar -q inner"));
-    QCOMPARE(record.at(3).command, QStringLiteral("outer"));
-    QCOMPARE(record.at(3).answer, QStringLiteral("2"));
+    void resultReadsAsEachType_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("asString");
+        QTest::addColumn<QStringList>("asArray");
+        QTest::addColumn<int>("asInt");
+        QTest::addColumn<bool>("intOk");
 
-    QCOMPARE(executed.size(), 4);
-    QCOMPARE(executed.at(3).at(0).value<TcommandRecord>().command, QStringLiteral("outer"));
+        const int string = int(TvslCmdResult::Type::String);
+        const int array = int(TvslCmdResult::Type::StringArray);
+        QTest::newRow("nothing") << QVariant() << int(TvslCmdResult::Type::Empty) << "" << QStringList() << 0 << false;
+        QTest::newRow("negative integer") << QVariant(-7) << int(TvslCmdResult::Type::Int) << "-7" << QStringList{"-7"}
+                                          << -7 << true;
+        QTest::newRow("number as string") << QVariant(" 12 ") << string << " 12 " << QStringList{" 12 "} << 12 << true;
+        QTest::newRow("word") << QVariant("HelpMenu") << string << "HelpMenu" << QStringList{"HelpMenu"} << 0 << false;
+        QTest::newRow("string array") << QVariant(QStringList{"3", "/a b"}) << array << "3 /a b"
+                                      << QStringList{"3", "/a b"} << 3 << true;
+        QTest::newRow("empty array") << QVariant(QStringList()) << array << "" << QStringList() << 0 << false;
+    }
 
-    TcommandEngine::clearRecord();
-    QVERIFY(TcommandEngine::record().isEmpty());
-}
+    void resultReadsAsEachType()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(int, type);
+        QFETCH(QString, asString);
+        QFETCH(QStringList, asArray);
+        QFETCH(int, asInt);
+        QFETCH(bool, intOk);
+        const QByteArray row = QTest::currentDataTag();
 
-void TestHostCommands::unknownCommand()
-{
-    TvslCmdResult result;
-    result.setString(QStringLiteral("left over"));
-    QVERIFY(!TcommandEngine::executeCommandWithResult("doHelpMenuItems \"a|b\" \"HelpMenu\"", result));
-    QVERIFY(result.isEmpty());
+        TcommandEngine::registerHandler("answer", [value](const QString&, TvslCmdResult& result) {
+            if (value.typeId() == QMetaType::Int)
+                result.setInt(value.toInt());
+            else if (value.typeId() == QMetaType::QStringList)
+                result.setStringArray(value.toStringList());
+            else if (value.isValid())
+                result.setString(value.toString());
+            return true;
+        });
+        TvslCmdResult result;
+        QVERIFY2(TcommandEngine::executeCommandWithResult("answer", result), row);
+        QVERIFY2(int(result.type()) == type, row);
+        QVERIFY2(result.asString().toQString() == asString, row);
+        QVERIFY2(result.asStringArray().toQStringList() == asArray, row);
+        bool ok = !intOk;
+        QVERIFY2(result.asInt(&ok) == asInt && ok == intOk, row);
+        QVERIFY2(TcommandEngine::record().last().answer == asString, row);
+    }
 
-    const TcommandRecord& entry = TcommandEngine::record().last();
-    QCOMPARE(entry.name, QStringLiteral("doHelpMenuItems"));
-    QVERIFY(!entry.handled);
-    QVERIFY(!entry.ok);
-    QVERIFY2(entry.answer.contains("Unknown command") && entry.answer.contains("doHelpMenuItems"),
-             qPrintable(entry.answer));
-}
+    void displayErrorGoesThroughTheHostDisplay()
+    {
+        QSignalSpy displayed(TcommandEngine::instance(), &TcommandEngine::errorDisplayed);
 
-void TestHostCommands::handlerMayUnregisterItselfWhileRunning()
-{
-    int runs = 0;
-    const QString marker = QStringLiteral("captured state survives");
-    TcommandEngine::registerHandler("once", [&runs, marker](const QString&, TvslCmdResult& result) {
-        TcommandEngine::unregisterHandler("once");
-        ++runs;
-        result.setString(marker);
-        return true;
-    });
-    TvslCmdResult result;
-    QVERIFY(TcommandEngine::executeCommand("once", result));
-    QCOMPARE(result.asQString(), marker);
-    QVERIFY(!TcommandEngine::executeCommand("once"));
-    QCOMPARE(runs, 1);
-}
+        // Without a display the error is still recorded, for a console to show later.
+        TcommandEngine::displayError(Tstring("before the display"));
+        QCOMPARE(TcommandEngine::record().last().kind, TcommandRecord::Kind::Error);
+        QVERIFY(!TcommandEngine::record().last().handled);
 
-void TestHostCommands::resultReadsAsEachType_data()
-{
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QString>("asString");
-    QTest::addColumn<QStringList>("asArray");
-    QTest::addColumn<int>("asInt");
-    QTest::addColumn<bool>("intOk");
+        QStringList shown;
+        TcommandEngine::setErrorDisplay([&shown](const QString& text) { shown.append(text); });
+        TcommandEngine::displayError(TstringId("kContentBrowserDirectoryNotGivenError"));
+        TcommandEngine::displayError(Tstring("plain text"));
 
-    const int empty = int(TvslCmdResult::Type::Empty);
-    const int integer = int(TvslCmdResult::Type::Int);
-    const int string = int(TvslCmdResult::Type::String);
-    const int array = int(TvslCmdResult::Type::StringArray);
-    QTest::newRow("nothing") << QVariant() << empty << "" << QStringList() << 0 << false;
-    QTest::newRow("integer") << QVariant(42) << integer << "42" << QStringList{"42"} << 42 << true;
-    QTest::newRow("negative integer") << QVariant(-7) << integer << "-7" << QStringList{"-7"} << -7 << true;
-    QTest::newRow("number as string") << QVariant(" 12 ") << string << " 12 " << QStringList{" 12 "} << 12 << true;
-    QTest::newRow("word") << QVariant("HelpMenu") << string << "HelpMenu" << QStringList{"HelpMenu"} << 0 << false;
-    QTest::newRow("empty string") << QVariant("") << string << "" << QStringList{""} << 0 << false;
-    QTest::newRow("string array") << QVariant(QStringList{"3", "/a b"}) << array << "3 /a b"
-                                  << QStringList{"3", "/a b"} << 3 << true;
-    QTest::newRow("empty array") << QVariant(QStringList()) << array << "" << QStringList() << 0 << false;
-}
+        const QString notGiven = TstringTable::text("kContentBrowserDirectoryNotGivenError");
+        QCOMPARE(shown, (QStringList{notGiven, "plain text"}));
+        QCOMPARE(displayed.size(), 3);
+        const TcommandRecord& entry = TcommandEngine::record().at(1);
+        QCOMPARE(entry.kind, TcommandRecord::Kind::Error);
+        QVERIFY(entry.handled);
+        QCOMPARE(entry.answer, notGiven);
+    }
 
-void TestHostCommands::resultReadsAsEachType()
-{
-    QFETCH(QVariant, value);
-    QFETCH(int, type);
-    QFETCH(QString, asString);
-    QFETCH(QStringList, asArray);
-    QFETCH(int, asInt);
-    QFETCH(bool, intOk);
-    const QByteArray row = QTest::currentDataTag();
+    void idleScriptActionRunsFromTheEventLoopAndDeletesItself()
+    {
+        TcommandEngine::registerHandler("performFileSilentImportAction", [](const QString&, TvslCmdResult&) {
+            return true;
+        });
+        const char* command = "performFileSilentImportAction( \"/scenes/a b.vs\")";
+        (new CountedScriptAction(command, true))->doIt(Tevent());
 
-    TcommandEngine::registerHandler("answer", [value](const QString&, TvslCmdResult& result) {
-        if (value.typeId() == QMetaType::Int)
-            result.setInt(value.toInt());
-        else if (value.typeId() == QMetaType::QStringList)
-            result.setStringArray(value.toStringList());
-        else if (value.isValid())
-            result.setString(value.toString());
-        return true;
-    });
-    TvslCmdResult result;
-    QVERIFY2(TcommandEngine::executeCommandWithResult("answer", result), row);
+        // Never inside the caller's own call.
+        QVERIFY(TcommandEngine::record().isEmpty());
+        QCOMPARE(CountedScriptAction::alive, 1);
 
-    QVERIFY2(int(result.type()) == type, row);
-    QVERIFY2(result.asString().toQString() == asString, row);
-    QVERIFY2(result.asStringArray().toQStringList() == asArray, row);
-    bool ok = !intOk;
-    QVERIFY2(result.asInt(&ok) == asInt && ok == intOk, row);
-    QVERIFY2(TcommandEngine::record().last().answer == asString, row);
-}
+        QTRY_COMPARE(CountedScriptAction::alive, 0);
+        QCOMPARE(commandLines(), QStringList{command});
+        const TcommandRecord& entry = TcommandEngine::record().last();
+        QVERIFY(entry.echo && entry.undoable && entry.handled && entry.ok);
+    }
 
-void TestHostCommands::displayErrorGoesThroughTheHostDisplay()
-{
-    QSignalSpy displayed(TcommandEngine::instance(), &TcommandEngine::errorDisplayed);
+    void idleActionDeletedBeforeItsTurnNeverRuns()
+    {
+        auto* cancelled = new CountedScriptAction("cancelled");
+        cancelled->doIt(Tevent());
+        delete cancelled;
+        (new CountedScriptAction("later"))->doIt(Tevent());
 
-    // Without a display the error is still recorded, for a console to show later.
-    TcommandEngine::displayError(Tstring("before the display"));
-    QCOMPARE(TcommandEngine::record().last().kind, TcommandRecord::Kind::Error);
-    QVERIFY(!TcommandEngine::record().last().handled);
+        // Runs are taken in order, so once the later one has gone the first had its turn.
+        QTRY_COMPARE(CountedScriptAction::alive, 0);
+        QCOMPARE(commandLines(), QStringList{"later"});
+    }
 
-    QStringList shown;
-    TcommandEngine::setErrorDisplay([&shown](const QString& text) { shown.append(text); });
-    TcommandEngine::displayError(TstringId("kContentBrowserDirectoryNotGivenError"));
-    TcommandEngine::displayError(Tstring("plain text"));
+    void hostActionRunsItsScript()
+    {
+        Taction plain(QStringLiteral("Plain"), nullptr);
+        plain.trigger();
+        QVERIFY(TcommandEngine::record().isEmpty());
 
-    const QString notGiven = TstringTable::text("kContentBrowserDirectoryNotGivenError");
-    QCOMPARE(shown, (QStringList{notGiven, "plain text"}));
-    QCOMPARE(displayed.size(), 3);
-    const TcommandRecord& entry = TcommandEngine::record().at(1);
-    QCOMPARE(entry.kind, TcommandRecord::Kind::Error);
-    QVERIFY(entry.handled);
-    QCOMPARE(entry.answer, notGiven);
-    QVERIFY(entry.command.isEmpty());
-}
-
-void TestHostCommands::idleScriptActionRunsFromTheEventLoopAndDeletesItself()
-{
-    TcommandEngine::registerHandler("performFileSilentImportAction", [](const QString&, TvslCmdResult&) {
-        return true;
-    });
-    const QString command = QStringLiteral("performFileSilentImportAction( \"/scenes/a b.vs\")");
-
-    auto* action = new CountedScriptAction(true, true);
-    action->setScriptOnly(Tstring(command));
-    action->setDestroyAfterRunning(true);
-    action->doIt(Tevent());
-
-    // Never inside the caller's own call.
-    QVERIFY(TcommandEngine::record().isEmpty());
-    QCOMPARE(CountedScriptAction::alive, 1);
-
-    QTRY_COMPARE(CountedScriptAction::alive, 0);
-    QCOMPARE(commandLines(), QStringList{command});
-    const TcommandRecord& entry = TcommandEngine::record().last();
-    QVERIFY(entry.echo && entry.undoable && entry.handled && entry.ok);
-}
-
-void TestHostCommands::idleActionDeletedBeforeItsTurnNeverRuns()
-{
-    auto* cancelled = new CountedScriptAction(false, false);
-    cancelled->setScriptOnly("cancelled");
-    cancelled->setDestroyAfterRunning(true);
-    cancelled->doIt(Tevent());
-    delete cancelled;
-
-    auto* later = new CountedScriptAction(false, false);
-    later->setScriptOnly("later");
-    later->setDestroyAfterRunning(true);
-    later->doIt(Tevent());
-
-    // Runs are taken in order, so once the later one has gone the first had its turn.
-    QTRY_COMPARE(CountedScriptAction::alive, 0);
-    QCOMPARE(commandLines(), QStringList{"later"});
-}
-
-void TestHostCommands::idleActionKeptWhenNotAskedToDestroy()
-{
-    CountedScriptAction action(false, true);
-    action.setScriptOnly("again");
-    QVERIFY(!action.destroyAfterRunning());
-    action.doIt(Tevent());
-    action.doIt(Tevent());
-    QVERIFY(action.isPending());
-    QTRY_VERIFY(!action.isPending());
-    QCOMPARE(commandLines(), (QStringList{"again", "again"}));
-    QCOMPARE(CountedScriptAction::alive, 1);
-}
-
-void TestHostCommands::hostActionRunsItsScript()
-{
-    Taction plain(QStringLiteral("Plain"), nullptr);
-    plain.trigger();
-    QVERIFY(TcommandEngine::record().isEmpty());
-
-    Taction scripted(QStringLiteral("Set Project"), nullptr);
-    scripted.setScript("setProjectFromFileDialog");
-    scripted.trigger();
-    QCOMPARE(commandLines(), QStringList{"setProjectFromFileDialog"});
-}
+        Taction scripted(QStringLiteral("Set Project"), nullptr);
+        scripted.setScript("setProjectFromFileDialog");
+        scripted.trigger();
+        QCOMPARE(commandLines(), QStringList{"setProjectFromFileDialog"});
+    }
+};
 
 QTEST_MAIN(TestHostCommands)
 #include "tst_hostcommands.moc"
