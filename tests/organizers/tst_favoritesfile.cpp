@@ -3,7 +3,6 @@
 
 #include "TcommandEngine.h"
 #include "TstringId.h"
-#include "TstringTable.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,13 +12,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#ifndef BOOST_BIND_GLOBAL_PLACEHOLDERS
-#define BOOST_BIND_GLOBAL_PLACEHOLDERS
-#endif
-#include <boost/property_tree/json_parser.hpp>
-
 #include <csignal>
-#include <sstream>
 
 #ifdef Q_OS_UNIX
 #include <sys/resource.h>
@@ -79,7 +72,7 @@ QString notice(const char* key, std::initializer_list<TformatArg> args)
     return TstringId(key).format(args).toQString();
 }
 
-enum class Failure { MissingDirectory, DirectoryIsAFile, ReadOnlyDirectory, FullDisk };
+enum class Failure { MissingDirectory, ReadOnlyDirectory, FullDisk };
 
 } // namespace
 
@@ -97,8 +90,6 @@ private Q_SLOTS:
 
     void exactFileText_data();
     void exactFileText();
-    void layoutIsThePropertyTreeWritersLayout();
-    void readingSortsStably();
     void anyScriptReadsBackExactly_data();
     void anyScriptReadsBackExactly();
     void readsWhatThePropertyTreeWrites_data();
@@ -165,15 +156,6 @@ void TestFavoritesFile::exactFileText_data()
                       "        \"Zoo\": \"\\/z2\"\n"
                       "    }\n"
                       "}\n");
-    QTest::newRow("upper case before lower case")
-        << entries({"beta", "/b", "Beta", "/B", "alpha", "/a"})
-        << QByteArray("{\n"
-                      "    \"favorites\": {\n"
-                      "        \"Beta\": \"\\/B\",\n"
-                      "        \"alpha\": \"\\/a\",\n"
-                      "        \"beta\": \"\\/b\"\n"
-                      "    }\n"
-                      "}\n");
     QTest::newRow("quotes, backslashes and controls escaped")
         << entries({"Say \"hi\"\t", "C:\\dir/x\n\x01"})
         << QByteArray("{\n"
@@ -199,7 +181,6 @@ void TestFavoritesFile::exactFileText()
     QFETCH(QByteArray, expected);
 
     TfavoritesFile file(m_dir);
-    QCOMPARE(file.location(), m_location);
     QVERIFY(file.write(TfavoritesFile::treeOf(given)));
     const QByteArray written = readBytes(m_location);
     QVERIFY2(written == expected, written.constData());
@@ -207,42 +188,12 @@ void TestFavoritesFile::exactFileText()
     QVERIFY(shownErrors().isEmpty());
 }
 
-void TestFavoritesFile::layoutIsThePropertyTreeWritersLayout()
-{
-    // Wherever the writer writes an object (some folder present), the file is its text to the byte.
-    const Entries given = entries({"", "/a b/c", "Work", "/w", "Work", "", "Z", "C:\\x", "", "/t"});
-    TfavoritesFile::Tree favorites = TfavoritesFile::treeOf(given);
-    TfavoritesFile::sortByKey(favorites);
-    boost::property_tree::wptree root;
-    root.put_child(L"favorites", favorites);
-    std::wostringstream stream;
-    boost::property_tree::write_json(stream, root, true);
-    QCOMPARE(TfavoritesFile::toJson(favorites), QString::fromStdWString(stream.str()).toUtf8());
-}
-
-void TestFavoritesFile::readingSortsStably()
-{
-    QVERIFY(writeBytes(m_location, "{\"favorites\": {\"b\": \"/b1\", \"\": \"/t1\", \"a\": \"/a1\", \"b\": \"/b2\","
-                                   " \"\": \"/t2\", \"a\": \"\", \"B\": \"/B1\"}}"));
-    TfavoritesFile file(m_dir);
-    QCOMPARE(file.read(), TfavoritesFile::ReadResult::Read);
-    const Entries expected = entries({"", "/t1", "", "/t2", "B", "/B1", "a", "/a1", "a", "", "b", "/b1", "b", "/b2"});
-    QVERIFY2(file.entries() == expected, qPrintable(describe(file.entries())));
-    // Reading writes nothing back.
-    QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
-}
-
 void TestFavoritesFile::anyScriptReadsBackExactly_data()
 {
     QTest::addColumn<QString>("folder");
     QTest::addColumn<QString>("path");
 
-    QTest::newRow("Latin accents") << QStringLiteral("Café crème") << QStringLiteral("/home/zoë/Ünïcode");
-    QTest::newRow("Greek and Cyrillic") << QStringLiteral("Αρχεία") << QStringLiteral("/данные/сцены");
     QTest::newRow("Chinese and Japanese") << QStringLiteral("お気に入り") << QStringLiteral("/数据/场景");
-    QTest::newRow("Arabic and Hebrew") << QStringLiteral("المفضلة") << QStringLiteral("/קבצים/א");
-    QTest::newRow("Devanagari") << QStringLiteral("पसंदीदा") << QStringLiteral("/फ़ाइलें");
-    QTest::newRow("emoji") << QStringLiteral("⭐ Stars 😀") << QStringLiteral("/art/🎨/👩‍🎨.ma");
     QTest::newRow("flags and skin tones") << QStringLiteral("🇫🇷👍🏽") << QStringLiteral("/x/🇯🇵 trip");
     QTest::newRow("quotes, backslashes, tabs, line breaks")
         << QStringLiteral("a\"b\\c\td\ne") << QStringLiteral("C:\\Users\\q\"r/s");
@@ -263,8 +214,6 @@ void TestFavoritesFile::anyScriptReadsBackExactly()
     QCOMPARE(reader.read(), TfavoritesFile::ReadResult::Read);
     QVERIFY2(reader.entries() == given, qPrintable(describe(reader.entries())));
     QVERIFY(shownErrors().isEmpty());
-    // Stored as UTF-8 text that any reader can open.
-    QVERIFY(!readBytes(m_location).contains('\0'));
 }
 
 void TestFavoritesFile::readsWhatThePropertyTreeWrites_data()
@@ -272,17 +221,12 @@ void TestFavoritesFile::readsWhatThePropertyTreeWrites_data()
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<Entries>("expected");
 
-    // The property tree's own writer turns top-level-only favorites into an array and none into
-    // a string; files written that way must still load.
     QTest::newRow("top level only, as an array")
         << QByteArray("{\n    \"favorites\": [\n        \"\\/a\",\n        \"\\/b\"\n    ]\n}\n")
         << entries({"", "/a", "", "/b"});
     QTest::newRow("none, as a string") << QByteArray("{\n    \"favorites\": \"\"\n}\n") << Entries();
     QTest::newRow("unescaped slashes and a byte order mark")
         << QByteArray("\xEF\xBB\xBF{\"favorites\": {\"F\": \"/f\", \"\": \"/t\"}}") << entries({"", "/t", "F", "/f"});
-    QTest::newRow("escaped surrogate pair and raw UTF-8")
-        << QByteArray("{\"favorites\": {\"\\ud83d\\ude00\": \"/caf\xC3\xA9\"}}")
-        << entries({QStringLiteral("😀"), QStringLiteral("/café")});
 }
 
 void TestFavoritesFile::readsWhatThePropertyTreeWrites()
@@ -305,8 +249,6 @@ void TestFavoritesFile::quietEmptyStarts_data()
 
     QTest::newRow("no file") << false << QByteArray() << TfavoritesFile::ReadResult::NoFile;
     QTest::newRow("empty file") << true << QByteArray() << TfavoritesFile::ReadResult::NoFile;
-    QTest::newRow("empty object") << true << QByteArray("{}") << TfavoritesFile::ReadResult::Read;
-    QTest::newRow("empty array") << true << QByteArray(" [ ]\n") << TfavoritesFile::ReadResult::Read;
     QTest::newRow("empty favorites") << true << QByteArray("{\"favorites\": {}}") << TfavoritesFile::ReadResult::Read;
 }
 
@@ -330,14 +272,11 @@ void TestFavoritesFile::unreadableFileIsKeptBeforeTheFirstWrite_data()
 {
     QTest::addColumn<QByteArray>("bytes");
 
-    QTest::newRow("not JSON") << QByteArray("my favorites: /a, /b");
     QTest::newRow("cut short") << QByteArray("{\"favorites\": {\"\": \"\\/a\"");
     QTest::newRow("no favorites member") << QByteArray("{\"favourites\": {\"\": \"/a\"}}");
-    QTest::newRow("a member beside favorites") << QByteArray("{\"favorites\": {\"\": \"/a\"}, \"version\": \"2\"}");
     QTest::newRow("favorites as text") << QByteArray("{\"favorites\": \"/a\"}");
     QTest::newRow("an entry holding an object") << QByteArray("{\"favorites\": {\"A\": {\"b\": \"/c\"}}}");
     QTest::newRow("deeply nested") << QByteArray(200000, '[') + QByteArray(200000, ']');
-    QTest::newRow("text at the root") << QByteArray("\"/a\"");
     QTest::newRow("not UTF-8") << QByteArray("{\"favorites\": {\"\": \"/caf\xE9\"}}");
     QByteArray huge("{\"favorites\": {\"\": \"/a\"");
     huge += QByteArray(int(TfavoritesFile::kMaxFileSize), ' ');
@@ -358,7 +297,6 @@ void TestFavoritesFile::unreadableFileIsKeptBeforeTheFirstWrite()
              qPrintable(aside));
     const QString told = notice("kContentBrowserFavoritesUnreadable",
                                 {QDir::toNativeSeparators(m_location), QDir::toNativeSeparators(aside)});
-    QVERIFY(TstringTable::contains(QStringLiteral("kContentBrowserFavoritesUnreadable")));
     QCOMPARE(shownErrors(), QStringList{told});
     // Reading alone moves nothing.
     QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
@@ -394,7 +332,6 @@ void TestFavoritesFile::fileThatCannotBeKeptIsNeverReplaced()
     QCOMPARE(shownErrors().size(), 2);
     QCOMPARE(shownErrors().last(), notice("kContentBrowserFavoritesNotKeptAside", {QDir::toNativeSeparators(m_location),
                                                                                     QDir::toNativeSeparators(aside)}));
-    QVERIFY(TstringTable::contains(QStringLiteral("kContentBrowserFavoritesNotKeptAside")));
 
     // Once the user has moved it away, favorites are saved again.
     QVERIFY(QDir(m_location).removeRecursively());
@@ -407,7 +344,6 @@ void TestFavoritesFile::failedWriteLeavesDiskAndMemory_data()
     QTest::addColumn<Failure>("failure");
 
     QTest::newRow("missing preference directory") << Failure::MissingDirectory;
-    QTest::newRow("preference directory is a file") << Failure::DirectoryIsAFile;
     QTest::newRow("read-only preference directory") << Failure::ReadOnlyDirectory;
 #ifdef Q_OS_UNIX
     QTest::newRow("full disk") << Failure::FullDisk;
@@ -420,12 +356,8 @@ void TestFavoritesFile::failedWriteLeavesDiskAndMemory()
 
     const Entries before = entries({"", "/kept", "F", "/f"});
     QString dir = m_dir;
-    if (failure == Failure::MissingDirectory) {
+    if (failure == Failure::MissingDirectory)
         dir = m_temp->path() + QStringLiteral("/not-there");
-    } else if (failure == Failure::DirectoryIsAFile) {
-        dir = m_temp->path() + QStringLiteral("/plain-file");
-        QVERIFY(writeBytes(dir, "x"));
-    }
     TfavoritesFile file(dir);
     QVERIFY(file.write(TfavoritesFile::treeOf(before)) == (dir == m_dir));
     TcommandEngine::clearRecord();
@@ -468,7 +400,6 @@ void TestFavoritesFile::failedWriteLeavesDiskAndMemory()
     const QString prefix = notice("kContentBrowserFavoritesNotSaved", {QDir::toNativeSeparators(file.location()), "\x01"})
                                .section(u'\x01', 0, 0);
     QVERIFY2(errors.first().startsWith(prefix), qPrintable(errors.first()));
-    QVERIFY(TstringTable::contains(QStringLiteral("kContentBrowserFavoritesNotSaved")));
 }
 
 void TestFavoritesFile::withoutPreferenceDirNothingIsTouched()

@@ -1,6 +1,5 @@
 #include "TOrganizerItemModel.h"
 #include "TbrowserStrings.h"
-#include "TlibraryItemDelegate.h"
 #include "TlibraryOrganizer.h"
 #include "TrecordingHost.h"
 
@@ -60,25 +59,16 @@ QStringList rootTexts(const TlibraryOrganizer& organizer)
     return texts;
 }
 
-struct ShownBox
+// The texts of the message boxes on screen, each then closed with its Ok button.
+QStringList takeShownBoxes()
 {
-    QString text;
-    QMessageBox::Icon icon;
-    QMessageBox::StandardButtons buttons;
-    bool modal;
-};
-
-// The message boxes on screen, each noted and then closed with its Ok button.
-QList<ShownBox> takeShownBoxes()
-{
-    QList<ShownBox> shown;
+    QStringList shown;
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget* window : windows) {
         auto* box = qobject_cast<QMessageBox*>(window);
         if (!box || !box->isVisible())
             continue;
-        shown << ShownBox{box->windowTitle() + QLatin1String(" | ") + box->text(), box->icon(),
-                          box->standardButtons(), box->isModal()};
+        shown << box->windowTitle() + QLatin1String(" | ") + box->text();
         if (QAbstractButton* ok = box->button(QMessageBox::Ok))
             ok->click();
         else
@@ -106,7 +96,6 @@ private Q_SLOTS:
     void renameRefusals_data();
     void renameRefusals();
     void rootsCannotBeRenamed();
-    void folderImagesFollowExpansion();
     void refreshRebuildsFromTheEnvironment();
     void tabChangeReportsTheSelection();
 
@@ -154,22 +143,14 @@ void TestLibraryOrganizer::rootsFollowTheEnvironment_data()
         << all << "$T/lib;$T/host/Examples" << "$T/host" << "" << QStringList{"Examples", "lib"};
     QTest::newRow("host location ending in a slash")
         << all << "$T/lib;$T/host/Examples" << "$T/host/" << "" << QStringList{"Examples", "lib"};
-    QTest::newRow("examples entry ending in a slash")
-        << all << "$T/lib;$T/host/Examples/" << "$T/host" << "" << QStringList{"Examples", "lib"};
-    QTest::newRow("host examples not named") << all << "$T/lib" << "$T/host" << "$T/mote" << QStringList{"lib"};
-    QTest::newRow("plug-in examples moved first")
-        << all << "$T/lib;$T/mote/MOTE Examples" << "" << "$T/mote" << QStringList{"MOTE Examples", "lib"};
     QTest::newRow("host before plug-in")
         << all << "$T/lib;$T/mote/MOTE Examples;$T/more_rigs_v2;$T/host/Examples" << "$T/host" << "$T/mote"
         << QStringList{"Examples", "MOTE Examples", "lib", "more rigs v2"};
-    QTest::newRow("locations set, examples elsewhere")
-        << all << "$T/host/Examples;$T/lib" << "$T/other" << "$T/mote" << QStringList{"Examples", "lib"};
     QTest::newRow("user library stays last")
         << all << "$T/User_Library;$T/lib;$T/host/Examples;$T/more_rigs_v2" << "$T/host" << ""
         << QStringList{"Examples", "lib", "more rigs v2", "User Library"};
     QTest::newRow("empty and missing entries")
         << all << ";$T/missing;;$T/lib;" << "" << "" << QStringList{"lib"};
-    QTest::newRow("a root listed twice") << all << "$T/lib;$T/lib" << "" << "" << QStringList{"lib", "lib"};
     QTest::newRow("missing examples folder named")
         << QStringList{"lib/"} << "$T/host/Examples;$T/lib" << "$T/host" << "" << QStringList{"lib"};
 }
@@ -191,10 +172,6 @@ void TestLibraryOrganizer::rootsFollowTheEnvironment()
     organizer.loadLibraryRoots();
     QVERIFY2(rootTexts(organizer) == roots,
              qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), rootTexts(organizer).join('|'))));
-    for (int row = 0; row < organizer.model()->rowCount(); ++row) {
-        const QString path = organizer.model()->item(row)->data(TOrganizerItemModel::FolderPathRole).toString();
-        QVERIFY2(organizer.rootPaths().contains(path), qPrintable(path));
-    }
     // Loading only reads the environment.
     QVERIFY2(env("VELA_CONTENT_PATH") == expand(contentPath), QTest::currentDataTag());
 }
@@ -212,20 +189,13 @@ void TestLibraryOrganizer::addAndRemoveWriteTheVariable_data()
         << "$T/a" << "add" << "$T/b;;$T/c;" << "$T/a;$T/b;$T/c" << QStringList{"a", "b", "c"};
     QTest::newRow("add a path that is already a root") << "$T/a" << "add" << "$T/a" << "$T/a" << QStringList{"a"};
     QTest::newRow("add a missing folder") << "$T/a" << "add" << "$T/gone" << "$T/a" << QStringList{"a"};
-    QTest::newRow("add one path twice") << "" << "add" << "$T/b;$T/b" << ";$T/b" << QStringList{"b"};
     QTest::newRow("add before the user library")
         << "$T/User_Library" << "add" << "$T/b" << "$T/User_Library;$T/b" << QStringList{"b", "User Library"};
-    QTest::newRow("add keeps an unshown entry") << "$T/gone;$T/a" << "add" << "$T/b" << "$T/gone;$T/a;$T/b"
-                                                << QStringList{"a", "b"};
     QTest::newRow("remove one") << "$T/a;$T/b;$T/c" << "remove" << "$T/b" << "$T/a;$T/c" << QStringList{"a", "c"};
-    QTest::newRow("remove several") << "$T/a;$T/b;$T/c" << "remove" << "$T/c;;$T/a" << "$T/b" << QStringList{"b"};
     QTest::newRow("remove drops empty entries") << ";$T/a;;$T/b" << "remove" << "$T/a" << "$T/b" << QStringList{"b"};
     QTest::newRow("remove a root listed twice") << "$T/a;$T/b;$T/a" << "remove" << "$T/a" << "$T/b"
                                                 << QStringList{"b"};
-    QTest::newRow("remove an entry that was never shown")
-        << "$T/a;$T/gone" << "remove" << "$T/gone" << "$T/a" << QStringList{"a"};
     QTest::newRow("remove the last entry") << "$T/a" << "remove" << "$T/a" << "" << QStringList{};
-    QTest::newRow("remove an unknown path") << "$T/a" << "remove" << "$T/zz" << "$T/a" << QStringList{"a"};
 }
 
 void TestLibraryOrganizer::addAndRemoveWriteTheVariable()
@@ -261,15 +231,11 @@ void TestLibraryOrganizer::selectByPath_data()
     const QString deep = "$T/lib/Characters/Hero_Rigs/Walk_Cycles";
     QTest::newRow("three levels down") << deep << true << deep;
     QTest::newRow("three levels down, no fetching") << deep << false << "";
-    QTest::newRow("a root") << "$T/lib" << false << "$T/lib";
     QTest::newRow("a root ending in a slash") << "$T/lib/" << false << "$T/lib";
     QTest::newRow("other case, spaces for underscores")
         << "$T/LIB/characters/hero rigs" << true << "$T/lib/Characters/Hero_Rigs";
     QTest::newRow("the same name under another folder") << "$T/lib/Props/Hero_Rigs" << true << "";
-    QTest::newRow("a missing folder") << "$T/lib/Characters/Nobody" << true << "";
     QTest::newRow("a hidden folder") << "$T/lib/.velaSwatches" << true << "";
-    QTest::newRow("outside the library") << "/usr/share" << true << "";
-    QTest::newRow("empty") << "" << true << "";
     QTest::newRow("second root") << "$T/other_lib/Characters" << true << "$T/other_lib/Characters";
 }
 
@@ -319,9 +285,7 @@ void TestLibraryOrganizer::renameRefusals_data()
         + kContentBrowserEditRefusedMessageDuplicate.asQString();
 
     QTest::newRow("reserved name") << "Examples" << forbidden << "lib/Mine" << "Mine";
-    QTest::newRow("reserved name, other case") << "mote examples" << forbidden << "lib/Mine" << "Mine";
     QTest::newRow("reserved name with underscores") << "Motion_capture" << forbidden << "lib/Mine" << "Mine";
-    QTest::newRow("reserved name with spaces") << "sculpting stamps" << forbidden << "lib/Mine" << "Mine";
     QTest::newRow("reserved name inside a longer one") << "Textures_Old" << "" << "lib/Textures_Old"
                                                        << "Textures Old";
     QTest::newRow("name of another container") << "Rigs" << duplicate << "lib/Mine" << "Mine";
@@ -329,7 +293,6 @@ void TestLibraryOrganizer::renameRefusals_data()
     QTest::newRow("name of a hidden folder on disk") << "__cache" << duplicate << "lib/Mine" << "Mine";
     QTest::newRow("name of a content folder elsewhere") << "Scenes" << "" << "lib/Scenes" << "Scenes";
     QTest::newRow("a new name") << "My_Rigs" << "" << "lib/My_Rigs" << "My Rigs";
-    QTest::newRow("unchanged") << "Mine" << "" << "lib/Mine" << "Mine";
     QTest::newRow("blank") << "   " << "" << "lib/Mine" << "Mine";
 }
 
@@ -367,16 +330,8 @@ void TestLibraryOrganizer::renameRefusals()
     // The box takes the focus from the closing editor; that must not bring a second box.
     QCoreApplication::processEvents();
 
-    const QList<ShownBox> shown = takeShownBoxes();
-    QStringList texts;
-    for (const ShownBox& one : shown)
-        texts << one.text;
+    const QStringList texts = takeShownBoxes();
     QVERIFY2(texts == (box.isEmpty() ? QStringList{} : QStringList{box}), qPrintable(tag + ": " + texts.join(" / ")));
-    if (!box.isEmpty()) {
-        QVERIFY2(shown.first().icon == QMessageBox::Warning, qPrintable(tag));
-        QVERIFY2(shown.first().buttons == QMessageBox::Ok, qPrintable(tag));
-        QVERIFY2(shown.first().modal, qPrintable(tag));
-    }
     QVERIFY2(QFileInfo(m_root + '/' + folderAfter).isDir(), qPrintable(tag));
     QVERIFY2(mine->text() == textAfter, qPrintable(tag + ": " + mine->text()));
     const QString pathAfter = m_root + '/' + folderAfter;
@@ -384,8 +339,7 @@ void TestLibraryOrganizer::renameRefusals()
     const bool renamed = folderAfter != QLatin1String("lib/Mine");
     QVERIFY2(QFileInfo(m_root + "/lib/Mine").exists() == !renamed, qPrintable(tag));
     if (renamed) {
-        // The old children pointed into the old name; they are listed again (the expanded view
-        // may already have asked for them).
+        // The old children pointed into the old name, so they are listed again.
         QVERIFY2(chosen.size() == 1 && chosen.first().first().toString() == pathAfter, qPrintable(tag));
         if (organizer.model()->canFetchMore(mine->index()))
             organizer.model()->fetchMore(mine->index());
@@ -406,28 +360,6 @@ void TestLibraryOrganizer::rootsCannotBeRenamed()
     organizer.model()->fetchMore(organizer.model()->index(0, 0));
     QVERIFY(!(organizer.model()->item(0)->flags() & Qt::ItemIsEditable));
     QVERIFY(organizer.model()->item(0)->child(0)->flags() & Qt::ItemIsEditable);
-    QVERIFY(organizer.itemDelegate()->reservedNames().contains(QStringLiteral("Examples")));
-    QVERIFY(organizer.itemDelegate()->reservedNames().contains(QStringLiteral("MOTE Examples")));
-}
-
-void TestLibraryOrganizer::folderImagesFollowExpansion()
-{
-    makeFolders(m_root, {"lib/a/b/"});
-    setEnv("VELA_CONTENT_PATH", m_root + "/lib");
-    TrecordingHost host;
-    const TassetBrowserOptions options = host.options();
-    TlibraryOrganizer organizer(&options);
-    organizer.loadLibraryRoots();
-    QCOMPARE(host.calls.filter("CB_Folder"), QStringList{"pixmap CB_FolderRegularClosed.png"});
-
-    host.calls.clear();
-    const QModelIndex root = organizer.model()->index(0, 0);
-    organizer.view()->expand(root);
-    QCOMPARE(host.calls.filter("CB_Folder"), QStringList{"pixmap CB_FolderRegularOpen.png"});
-
-    host.calls.clear();
-    organizer.view()->collapse(root);
-    QCOMPARE(host.calls.filter("CB_Folder"), QStringList{"pixmap CB_FolderRegularClosed.png"});
 }
 
 void TestLibraryOrganizer::refreshRebuildsFromTheEnvironment()
