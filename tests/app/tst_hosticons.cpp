@@ -7,25 +7,6 @@
 
 #include <cmath>
 
-// The reference host's pictures: every image the browser asks for by name is compiled in at
-// 100, 150 and 200 per cent, and the scaling callback hands out the one that matches.
-class TestHostIcons : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void cleanup();
-    void everyImageTheBrowserAsksForExistsAtThreeScales_data();
-    void everyImageTheBrowserAsksForExistsAtThreeScales();
-    void scalableFolderStaysAVectorPicture();
-    void callbackAnswersAtTheScaleOfTheScreen_data();
-    void callbackAnswersAtTheScaleOfTheScreen();
-    void iconHoldsEveryScale();
-    void pictureAtSizeIsScaledDownFromTheNextLargerScale();
-    void unknownNamesGiveNullPictures_data();
-    void unknownNamesGiveNullPictures();
-};
-
 namespace {
 QString resource(const QString& name)
 {
@@ -33,123 +14,99 @@ QString resource(const QString& name)
 }
 } // namespace
 
-void TestHostIcons::cleanup()
+class TestHostIcons : public QObject
 {
-    qunsetenv("ORLO_UI_SCALE");
-}
+    Q_OBJECT
 
-void TestHostIcons::everyImageTheBrowserAsksForExistsAtThreeScales_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("edge");
-    // By name, as the browser asks for them, with their size at 100 per cent.
-    for (const char* name : {"CB_FolderRegularClosed", "CB_FolderRegularOpen", "CB_FolderFavoriteClosed",
-                             "CB_FolderFavoriteOpen", "CB_AnimationIndicator", "CB_ClipAnimationIndicator",
-                             "CB_PoseIndicator", "menuIconHelp"})
-        QTest::newRow(name) << QString::fromLatin1(name) << 16;
-    for (const char* name : {"CB_Back", "CB_Forward", "CB_Clear", "CB_Settings", "CB_ListView", "CB_ThumbnailView",
-                             "CB_AddLibrary", "CB_AddLibraryPath", "help"})
-        QTest::newRow(name) << QString::fromLatin1(name) << 20;
-}
-
-void TestHostIcons::everyImageTheBrowserAsksForExistsAtThreeScales()
-{
-    QFETCH(QString, name);
-    QFETCH(int, edge);
-    for (int percent : {100, 150, 200}) {
-        const QString file = percent == 100 ? name + QStringLiteral(".png")
-                                            : QStringLiteral("%1_%2.png").arg(name).arg(percent);
-        const QImage image(resource(file));
-        QVERIFY2(!image.isNull(), qPrintable(file + QLatin1String(" is missing")));
-        const int expected = int(std::lround(edge * percent / 100.0));
-        QVERIFY2(image.size() == QSize(expected, expected),
-                 qPrintable(QStringLiteral("%1 is %2x%3, not %4 square").arg(file).arg(image.width()).arg(image.height()).arg(expected)));
-        QVERIFY2(image.hasAlphaChannel(), qPrintable(file + QLatin1String(" is not transparent around its drawing")));
+private Q_SLOTS:
+    void cleanup()
+    {
+        qunsetenv("ORLO_UI_SCALE");
     }
-}
 
-void TestHostIcons::scalableFolderStaysAVectorPicture()
-{
-    QSvgRenderer renderer(resource(QStringLiteral("CB_Folder.svg")));
-    QVERIFY(renderer.isValid());
-    QVERIFY(QImage(resource(QStringLiteral("CB_Folder.png"))).isNull());
+    void everyImageTheBrowserAsksForExistsAtThreeScales_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("edge");
+        // By name, as the browser asks for them, with their size at 100 per cent.
+        for (const char* name : {"CB_FolderRegularClosed", "CB_FolderRegularOpen", "CB_FolderFavoriteClosed",
+                                 "CB_FolderFavoriteOpen", "CB_AnimationIndicator", "CB_ClipAnimationIndicator",
+                                 "CB_PoseIndicator", "menuIconHelp"})
+            QTest::newRow(name) << QString::fromLatin1(name) << 16;
+        for (const char* name : {"CB_Back", "CB_Forward", "CB_Clear", "CB_Settings", "CB_ListView", "CB_ThumbnailView",
+                                 "CB_AddLibrary", "CB_AddLibraryPath", "help"})
+            QTest::newRow(name) << QString::fromLatin1(name) << 20;
+    }
 
-    qputenv("ORLO_UI_SCALE", "200");
-    const ThostDpiScaling scaling;
-    // Drawn at the asked size, not blown up from a small bitmap: its edges stay sharp.
-    const QPixmap large = scaling.pixmapAtSize(QStringLiteral("CB_Folder.svg"), QSize(256, 256));
-    QCOMPARE(large.size(), QSize(512, 512));
-    QVERIFY(!scaling.icon(QStringLiteral("CB_Folder.svg")).isNull());
-}
+    void everyImageTheBrowserAsksForExistsAtThreeScales()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, edge);
+        for (int percent : {100, 150, 200}) {
+            const QString file = percent == 100 ? name + QStringLiteral(".png")
+                                                : QStringLiteral("%1_%2.png").arg(name).arg(percent);
+            const QImage image(resource(file));
+            QVERIFY2(!image.isNull(), qPrintable(file + QLatin1String(" is missing")));
+            const int expected = int(std::lround(edge * percent / 100.0));
+            QVERIFY2(image.size() == QSize(expected, expected),
+                     qPrintable(QStringLiteral("%1 is %2x%3, not %4 square").arg(file).arg(image.width()).arg(image.height()).arg(expected)));
+            QVERIFY2(image.hasAlphaChannel(), qPrintable(file + QLatin1String(" is not transparent around its drawing")));
+        }
+    }
 
-void TestHostIcons::callbackAnswersAtTheScaleOfTheScreen_data()
-{
-    QTest::addColumn<QByteArray>("setting");
-    QTest::addColumn<int>("buttonEdge");
-    QTest::addColumn<int>("folderEdge");
-    QTest::newRow("100") << QByteArray("100") << 20 << 16;
-    QTest::newRow("150") << QByteArray("150") << 30 << 24;
-    QTest::newRow("1.5") << QByteArray("1.5") << 30 << 24;
-    QTest::newRow("200%") << QByteArray("200%") << 40 << 32;
-    QTest::newRow("2") << QByteArray("2") << 40 << 32;
-}
+    void scalableFolderStaysAVectorPicture()
+    {
+        QSvgRenderer renderer(resource(QStringLiteral("CB_Folder.svg")));
+        QVERIFY(renderer.isValid());
+        QVERIFY(QImage(resource(QStringLiteral("CB_Folder.png"))).isNull());
 
-void TestHostIcons::callbackAnswersAtTheScaleOfTheScreen()
-{
-    QFETCH(QByteArray, setting);
-    QFETCH(int, buttonEdge);
-    QFETCH(int, folderEdge);
-    qputenv("ORLO_UI_SCALE", setting);
-    const ThostDpiScaling scaling;
-    const QPixmap back = scaling.pixmap(QStringLiteral("CB_Back.png"));
-    QVERIFY2(back.size() == QSize(buttonEdge, buttonEdge),
-             qPrintable(QStringLiteral("%1: CB_Back.png is %2 wide").arg(QString::fromLatin1(setting)).arg(back.width())));
-    const QPixmap folder = scaling.pixmap(QStringLiteral("CB_FolderRegularClosed.png"));
-    QVERIFY2(folder.size() == QSize(folderEdge, folderEdge),
-             qPrintable(QStringLiteral("%1: the folder is %2 wide").arg(QString::fromLatin1(setting)).arg(folder.width())));
-    // The very bitmap drawn for that scale, not a resampled one.
-    const QString exact = folderEdge == 16 ? QStringLiteral("CB_FolderRegularClosed.png")
-                                           : QStringLiteral("CB_FolderRegularClosed_%1.png").arg(folderEdge * 100 / 16);
-    QVERIFY2(folder.toImage().convertToFormat(QImage::Format_ARGB32) == QImage(resource(exact)).convertToFormat(QImage::Format_ARGB32),
-             qPrintable(QString::fromLatin1(setting)));
-}
+        qputenv("ORLO_UI_SCALE", "200");
+        const ThostDpiScaling scaling;
+        // Drawn at the asked size, not blown up from a small bitmap: its edges stay sharp.
+        const QPixmap large = scaling.pixmapAtSize(QStringLiteral("CB_Folder.svg"), QSize(256, 256));
+        QCOMPARE(large.size(), QSize(512, 512));
+    }
 
-void TestHostIcons::iconHoldsEveryScale()
-{
-    const ThostDpiScaling scaling;
-    const QList<QSize> sizes = scaling.icon(QStringLiteral("CB_Settings.png")).availableSizes();
-    for (const QSize& size : {QSize(20, 20), QSize(30, 30), QSize(40, 40)})
-        QVERIFY2(sizes.contains(size), qPrintable(QStringLiteral("no %1 px picture").arg(size.width())));
-}
+    void callbackAnswersAtTheScaleOfTheScreen_data()
+    {
+        QTest::addColumn<QByteArray>("setting");
+        QTest::addColumn<int>("buttonEdge");
+        QTest::addColumn<int>("folderEdge");
+        QTest::newRow("100") << QByteArray("100") << 20 << 16;
+        QTest::newRow("1.5") << QByteArray("1.5") << 30 << 24;
+        QTest::newRow("200%") << QByteArray("200%") << 40 << 32;
+        QTest::newRow("2") << QByteArray("2") << 40 << 32;
+    }
 
-void TestHostIcons::pictureAtSizeIsScaledDownFromTheNextLargerScale()
-{
-    qputenv("ORLO_UI_SCALE", "100");
-    const ThostDpiScaling scaling;
-    // 32 px at 100 per cent is exactly the 200 per cent bitmap of a 16 px picture.
-    const QPixmap exact = scaling.pixmapAtSize(QStringLiteral("CB_FolderRegularOpen.png"), QSize(32, 32));
-    QCOMPARE(exact.toImage().convertToFormat(QImage::Format_ARGB32),
-             QImage(resource(QStringLiteral("CB_FolderRegularOpen_200.png"))).convertToFormat(QImage::Format_ARGB32));
-    QCOMPARE(scaling.pixmapAtSize(QStringLiteral("CB_FolderRegularOpen.png"), QSize(20, 20)).size(), QSize(20, 20));
-    QCOMPARE(scaling.pixmapAtSize(QStringLiteral("CB_FolderRegularOpen.png"), QSize(64, 64)).size(), QSize(64, 64));
-}
+    void callbackAnswersAtTheScaleOfTheScreen()
+    {
+        QFETCH(QByteArray, setting);
+        QFETCH(int, buttonEdge);
+        QFETCH(int, folderEdge);
+        qputenv("ORLO_UI_SCALE", setting);
+        const ThostDpiScaling scaling;
+        const QPixmap back = scaling.pixmap(QStringLiteral("CB_Back.png"));
+        QVERIFY2(back.size() == QSize(buttonEdge, buttonEdge),
+                 qPrintable(QStringLiteral("%1: CB_Back.png is %2 wide").arg(QString::fromLatin1(setting)).arg(back.width())));
+        const QPixmap folder = scaling.pixmap(QStringLiteral("CB_FolderRegularClosed.png"));
+        QVERIFY2(folder.size() == QSize(folderEdge, folderEdge),
+                 qPrintable(QStringLiteral("%1: the folder is %2 wide").arg(QString::fromLatin1(setting)).arg(folder.width())));
+        // The very bitmap drawn for that scale, not a resampled one.
+        const QString exact = folderEdge == 16 ? QStringLiteral("CB_FolderRegularClosed.png")
+                                               : QStringLiteral("CB_FolderRegularClosed_%1.png").arg(folderEdge * 100 / 16);
+        QVERIFY2(folder.toImage().convertToFormat(QImage::Format_ARGB32) == QImage(resource(exact)).convertToFormat(QImage::Format_ARGB32),
+                 qPrintable(QString::fromLatin1(setting)));
+    }
 
-void TestHostIcons::unknownNamesGiveNullPictures_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("bitmap") << "CB_NoSuchPicture.png";
-    QTest::newRow("vector") << "CB_NoSuchPicture.svg";
-    QTest::newRow("empty") << "";
-}
-
-void TestHostIcons::unknownNamesGiveNullPictures()
-{
-    QFETCH(QString, name);
-    const ThostDpiScaling scaling;
-    QVERIFY2(scaling.pixmap(name).isNull(), qPrintable(name));
-    QVERIFY2(scaling.icon(name).isNull(), qPrintable(name));
-    QVERIFY2(scaling.pixmapAtSize(name, QSize(16, 16)).isNull(), qPrintable(name));
-}
+    void unknownNamesGiveNullPictures()
+    {
+        const ThostDpiScaling scaling;
+        for (const QString name : {"CB_NoSuchPicture.png", "CB_NoSuchPicture.svg", ""}) {
+            QVERIFY2(scaling.pixmap(name).isNull() && scaling.icon(name).isNull(), qPrintable(name));
+            QVERIFY2(scaling.pixmapAtSize(name, QSize(16, 16)).isNull(), qPrintable(name));
+        }
+    }
+};
 
 QTEST_MAIN(TestHostIcons)
 #include "tst_hosticons.moc"

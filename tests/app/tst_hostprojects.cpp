@@ -1,6 +1,5 @@
 #include "ThostCommands.h"
 #include "ThostProjectSidebarManager.h"
-#include "ThostProjectWindow.h"
 #include "ThostProjects.h"
 #include "ThostSampleLibrary.h"
 #include "TrecordingHost.h"
@@ -17,41 +16,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTreeWidget>
-
-// The reference host's projects as the browser's Projects tab sees them (sidebar manager and
-// project commands), and the sample library's manifest that points the host at its content.
-class TestHostProjects : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void init();
-    void cleanup();
-
-    void projectsFoundInTheFolderAndTheirRules();
-    void nothingToShowWithoutProjects();
-    void pickingAProjectFiresWorkspaceChangedAfterwards();
-    void unknownProjectIsRefused();
-    void currentProjectIsRememberedAcrossSessions();
-    void rulesCommandAnswersTheCurrentProjectsRules();
-    void setProjectFromFileDialog_data();
-    void setProjectFromFileDialog();
-    void addRecentProjectKeepsTheNewestFirstWithoutRepeats();
-    void projectWindowShowsTheCurrentProject();
-
-    void manifestNamesTheLibrarysParts();
-    void environmentIsSetOnlyWhereTheUserLeftItUnset();
-    void libraryIsFoundBesideOrAboveTheProgram_data();
-    void libraryIsFoundBesideOrAboveTheProgram();
-
-private:
-    QString make(const QString& relative, const QByteArray& bytes);
-    void makeProjects();
-
-    std::unique_ptr<TfreshHostState> m_fresh;
-    std::unique_ptr<QTemporaryDir> m_dir;
-};
 
 namespace {
 class WorkspaceListener : public Tclient
@@ -67,9 +31,7 @@ public:
 
 bool run(const QString& command, TvslCmdResult& result)
 {
-    Tstring line;
-    Tstring_fromQString(command, line);
-    return TcommandEngine::executeCommand(line, result);
+    return TcommandEngine::executeCommand(Tstring(command), result);
 }
 
 QString env(const char* name)
@@ -78,26 +40,189 @@ QString env(const char* name)
 }
 } // namespace
 
-void TestHostProjects::init()
+class TestHostProjects : public QObject
 {
-    m_fresh = std::make_unique<TfreshHostState>();
-    ThostCommands::registerAll();
-    ThostProjects::instance()->clear();
-    ThostProjects::instance()->setFolderChooser(nullptr);
-    m_dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_dir->isValid());
-}
+    Q_OBJECT
 
-void TestHostProjects::cleanup()
-{
-    // A project change announces itself from the event loop; deliver it here, not to the
-    // next test's listener.
-    QCoreApplication::sendPostedEvents(ThostProjects::instance(), QEvent::MetaCall);
-    ThostProjects::instance()->clear();
-    ThostProjects::instance()->setFolderChooser(nullptr);
-    m_dir.reset();
-    m_fresh.reset();
-}
+private Q_SLOTS:
+    void init()
+    {
+        m_fresh = std::make_unique<TfreshHostState>();
+        ThostCommands::registerAll();
+        ThostProjects::instance()->clear();
+        ThostProjects::instance()->setFolderChooser(nullptr);
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+    }
+
+    void cleanup()
+    {
+        // Deliver a pending project change here, not to the next test's listener.
+        QCoreApplication::sendPostedEvents(ThostProjects::instance(), QEvent::MetaCall);
+        ThostProjects::instance()->clear();
+        ThostProjects::instance()->setFolderChooser(nullptr);
+        m_dir.reset();
+        m_fresh.reset();
+    }
+
+    void projectsFoundInTheFolderAndTheirRules()
+    {
+        makeProjects();
+        ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
+        ThostProjectSidebarManager manager;
+        QStringList names;
+        manager.projects(names);
+        // Named by the workspace file, else by the folder; in folder order.
+        QCOMPARE(names, (QStringList{"Bay Area", "Orbit"}));
+        QVERIFY(manager.hasActiveProject());
+        QString current, root, reselect;
+        manager.currentProject(current);
+        manager.recentProjectPath(root);
+        manager.folderToReselect(reselect);
+        QCOMPARE(current, QStringLiteral("Bay Area"));
+        QCOMPARE(root, QFileInfo(m_dir->filePath(QStringLiteral("Projects/Bay"))).canonicalFilePath());
+        // The first rule whose folder exists.
+        QCOMPARE(reselect, root + QStringLiteral("/scenes"));
+        // The rules command answers them as written, missing folders included.
+        TvslCmdResult result;
+        QVERIFY(run(QStringLiteral("np_getPrimaryProjectFileRules 0"), result));
+        QCOMPARE(result.asQStringList(), (QStringList{"missing", "scenes", "assets/props"}));
+    }
+
+    void pickingAProjectFiresWorkspaceChangedAfterwards()
+    {
+        makeProjects();
+        ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
+        WorkspaceListener listener;
+        ThostProjectSidebarManager manager;
+        QVERIFY(!manager.setCurrentProject(QStringLiteral("Loose")));
+        QVERIFY(manager.setCurrentProject(QStringLiteral("Orbit")));
+        // Not from inside the browser's own call: from the event loop, once the switch is done.
+        QCOMPARE(listener.count, 0);
+        QTRY_COMPARE(listener.count, 1);
+        QString current;
+        manager.currentProject(current);
+        QCOMPARE(current, QStringLiteral("Orbit"));
+        QString reselect = QStringLiteral("stale");
+        manager.folderToReselect(reselect);
+        QVERIFY2(reselect.isEmpty(), "Orbit's only rule names no folder");
+    }
+
+    void currentProjectIsRememberedAcrossSessions()
+    {
+        makeProjects();
+        const QString folder = m_dir->filePath(QStringLiteral("Projects"));
+        ThostProjects::instance()->load(folder);
+        QVERIFY(ThostProjects::instance()->setCurrent(QStringLiteral("Orbit")));
+        ThostProjects::instance()->load(folder);
+        QCOMPARE(ThostProjects::instance()->current()->name, QStringLiteral("Orbit"));
+    }
+
+    void setProjectFromFileDialog_data()
+    {
+        QTest::addColumn<QString>("chosen");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("current");
+        QTest::addColumn<bool>("fires");
+        QTest::newRow("cancelled") << "" << "No project chosen" << "Bay Area" << false;
+        QTest::newRow("a known project") << "Projects/Orbit" << "Project set to Orbit" << "Orbit" << true;
+        QTest::newRow("a folder without workspace") << "Projects/Loose" << "Project set to Loose" << "Loose" << true;
+    }
+
+    void setProjectFromFileDialog()
+    {
+        QFETCH(QString, chosen);
+        QFETCH(QString, answer);
+        QFETCH(QString, current);
+        QFETCH(bool, fires);
+        makeProjects();
+        ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
+        const QString picked = chosen.isEmpty() ? QString() : m_dir->filePath(chosen);
+        ThostProjects::instance()->setFolderChooser([&](QWidget*, const QString&) { return picked; });
+        WorkspaceListener listener;
+        TvslCmdResult result;
+        QVERIFY(run(QStringLiteral("setProjectFromFileDialog"), result));
+        QCOMPARE(result.asQString(), answer);
+        QCOMPARE(ThostProjects::instance()->current()->name, current);
+        if (fires) {
+            QTRY_COMPARE(listener.count, 1);
+            QCOMPARE(ThostProjects::instance()->recent().value(0), ThostProjects::instance()->current()->root);
+        } else {
+            QVERIFY(ThostProjects::instance()->recent().isEmpty());
+        }
+    }
+
+    void addRecentProjectKeepsTheNewestFirstWithoutRepeats()
+    {
+        TvslCmdResult result;
+        for (const char* path : {"/p/one", "/p/two", "/p/one", "/p/with \\\"quote\\\""})
+            QVERIFY(run(QStringLiteral("addRecentProject \"%1\"").arg(QLatin1String(path)), result));
+        QCOMPARE(ThostProjects::instance()->recent(), (QStringList{"/p/with \"quote\"", "/p/one", "/p/two"}));
+        QVERIFY(!run(QStringLiteral("addRecentProject"), result));
+    }
+
+    void environmentIsSetOnlyWhereTheUserLeftItUnset()
+    {
+        const QByteArray saved[3] = {qgetenv("VELA_LOCATION"), qgetenv("MOTE_LOCATION"), qgetenv("VELA_CONTENT_PATH")};
+        make(QStringLiteral("lib/orlo-samples.json"),
+             "{\"velaLocation\": \"Vela\", \"moteLocation\": \"MOTE\", \"contentPath\": [\"Vela/Examples\", \"User_Library\"]}");
+        ThostSampleLibrary library;
+        QVERIFY(library.read(m_dir->filePath(QStringLiteral("lib"))));
+        qunsetenv("VELA_LOCATION");
+        qputenv("MOTE_LOCATION", "/opt/mote");
+        qunsetenv("VELA_CONTENT_PATH");
+
+        QCOMPARE(library.applyEnvironment(), (QStringList{"VELA_LOCATION", "VELA_CONTENT_PATH"}));
+        const QString root = m_dir->filePath(QStringLiteral("lib"));
+        QCOMPARE(env("VELA_LOCATION"), root + QStringLiteral("/Vela"));
+        QCOMPARE(env("MOTE_LOCATION"), QStringLiteral("/opt/mote"));
+        QCOMPARE(env("VELA_CONTENT_PATH"), root + QStringLiteral("/Vela/Examples;") + root + QStringLiteral("/User_Library"));
+        QVERIFY(library.applyEnvironment().isEmpty());
+
+        const char* names[3] = {"VELA_LOCATION", "MOTE_LOCATION", "VELA_CONTENT_PATH"};
+        for (int i = 0; i < 3; ++i) {
+            if (saved[i].isEmpty())
+                qunsetenv(names[i]);
+            else
+                qputenv(names[i], saved[i]);
+        }
+    }
+
+    void libraryIsFoundBesideOrAboveTheProgram_data()
+    {
+        QTest::addColumn<QString>("manifest");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("build tree") << "build/samples/orlo-samples.json" << "build/samples";
+        QTest::newRow("installed") << "build/share/orlo-browser/samples/orlo-samples.json" << "build/share/orlo-browser/samples";
+        QTest::newRow("none") << "build/elsewhere/orlo-samples.json" << "";
+    }
+
+    void libraryIsFoundBesideOrAboveTheProgram()
+    {
+        QFETCH(QString, manifest);
+        QFETCH(QString, expected);
+        make(manifest, "{}");
+        QDir(m_dir->path()).mkpath(QStringLiteral("build/app"));
+        const QString found = ThostSampleLibrary::find(m_dir->filePath(QStringLiteral("build/app")));
+        QCOMPARE(found, expected.isEmpty() ? QString() : m_dir->filePath(expected));
+    }
+
+private:
+    QString make(const QString& relative, const QByteArray& bytes);
+    void makeProjects()
+    {
+        make(QStringLiteral("Projects/Bay/workspace.vproj"),
+             "{\"name\": \"Bay Area\", \"fileRules\": [\"missing\", \"scenes\", \"assets/props\"]}");
+        QDir(m_dir->path()).mkpath(QStringLiteral("Projects/Bay/scenes"));
+        QDir(m_dir->path()).mkpath(QStringLiteral("Projects/Bay/assets/props"));
+        make(QStringLiteral("Projects/Orbit/workspace.vproj"), "{\"fileRules\": [\"renders\"]}");
+        // A folder without a workspace file is no project.
+        QDir(m_dir->path()).mkpath(QStringLiteral("Projects/Loose/scenes"));
+    }
+
+    std::unique_ptr<TfreshHostState> m_fresh;
+    std::unique_ptr<QTemporaryDir> m_dir;
+};
 
 QString TestHostProjects::make(const QString& relative, const QByteArray& bytes)
 {
@@ -107,236 +232,6 @@ QString TestHostProjects::make(const QString& relative, const QByteArray& bytes)
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         return QString();
     return path;
-}
-
-void TestHostProjects::makeProjects()
-{
-    make(QStringLiteral("Projects/Bay/workspace.vproj"),
-         "{\"name\": \"Bay Area\", \"fileRules\": [\"missing\", \"scenes\", \"assets/props\"]}");
-    QDir(m_dir->path()).mkpath(QStringLiteral("Projects/Bay/scenes"));
-    QDir(m_dir->path()).mkpath(QStringLiteral("Projects/Bay/assets/props"));
-    make(QStringLiteral("Projects/Orbit/workspace.vproj"), "{\"fileRules\": [\"renders\"]}");
-    // A folder without a workspace file is no project.
-    QDir(m_dir->path()).mkpath(QStringLiteral("Projects/Loose/scenes"));
-}
-
-void TestHostProjects::projectsFoundInTheFolderAndTheirRules()
-{
-    makeProjects();
-    ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
-    ThostProjectSidebarManager manager;
-    QStringList names;
-    manager.projects(names);
-    // Named by the workspace file, else by the folder; in folder order.
-    QCOMPARE(names, (QStringList{"Bay Area", "Orbit"}));
-    QVERIFY(manager.hasActiveProject());
-    QString current, root, reselect;
-    manager.currentProject(current);
-    manager.recentProjectPath(root);
-    manager.folderToReselect(reselect);
-    QCOMPARE(current, QStringLiteral("Bay Area"));
-    QCOMPARE(root, QFileInfo(m_dir->filePath(QStringLiteral("Projects/Bay"))).canonicalFilePath());
-    // The first rule whose folder exists.
-    QCOMPARE(reselect, root + QStringLiteral("/scenes"));
-}
-
-void TestHostProjects::nothingToShowWithoutProjects()
-{
-    ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("NoProjects")));
-    ThostProjectSidebarManager manager;
-    QVERIFY(!manager.hasActiveProject());
-    QStringList names{"stale"};
-    manager.projects(names);
-    QVERIFY(names.isEmpty());
-    QString text = QStringLiteral("stale");
-    manager.folderToReselect(text);
-    QVERIFY(text.isEmpty());
-    TvslCmdResult result;
-    QVERIFY(run(QStringLiteral("np_getPrimaryProjectFileRules 0"), result));
-    QVERIFY(result.asQStringList().isEmpty());
-}
-
-void TestHostProjects::pickingAProjectFiresWorkspaceChangedAfterwards()
-{
-    makeProjects();
-    ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
-    WorkspaceListener listener;
-    ThostProjectSidebarManager manager;
-    QVERIFY(manager.setCurrentProject(QStringLiteral("Orbit")));
-    // Not from inside the browser's own call: from the event loop, once the switch is done.
-    QCOMPARE(listener.count, 0);
-    QTRY_COMPARE(listener.count, 1);
-    QString current;
-    manager.currentProject(current);
-    QCOMPARE(current, QStringLiteral("Orbit"));
-    QString reselect = QStringLiteral("stale");
-    manager.folderToReselect(reselect);
-    QVERIFY2(reselect.isEmpty(), "Orbit's only rule names no folder");
-}
-
-void TestHostProjects::unknownProjectIsRefused()
-{
-    makeProjects();
-    ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
-    ThostProjectSidebarManager manager;
-    QVERIFY(!manager.setCurrentProject(QStringLiteral("Loose")));
-    QString current;
-    manager.currentProject(current);
-    QCOMPARE(current, QStringLiteral("Bay Area"));
-}
-
-void TestHostProjects::currentProjectIsRememberedAcrossSessions()
-{
-    makeProjects();
-    const QString folder = m_dir->filePath(QStringLiteral("Projects"));
-    ThostProjects::instance()->load(folder);
-    QVERIFY(ThostProjects::instance()->setCurrent(QStringLiteral("Orbit")));
-    ThostProjects::instance()->load(folder);
-    QCOMPARE(ThostProjects::instance()->current()->name, QStringLiteral("Orbit"));
-}
-
-void TestHostProjects::rulesCommandAnswersTheCurrentProjectsRules()
-{
-    makeProjects();
-    ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
-    TvslCmdResult result;
-    QVERIFY(run(QStringLiteral("np_getPrimaryProjectFileRules 0"), result));
-    // As written in the workspace, relative ones too, missing folders included.
-    QCOMPARE(result.asQStringList(), (QStringList{"missing", "scenes", "assets/props"}));
-}
-
-void TestHostProjects::setProjectFromFileDialog_data()
-{
-    QTest::addColumn<QString>("chosen");
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<QString>("current");
-    QTest::addColumn<bool>("fires");
-    QTest::newRow("cancelled") << "" << "No project chosen" << "Bay Area" << false;
-    QTest::newRow("a known project") << "Projects/Orbit" << "Project set to Orbit" << "Orbit" << true;
-    QTest::newRow("a folder without workspace") << "Projects/Loose" << "Project set to Loose" << "Loose" << true;
-}
-
-void TestHostProjects::setProjectFromFileDialog()
-{
-    QFETCH(QString, chosen);
-    QFETCH(QString, answer);
-    QFETCH(QString, current);
-    QFETCH(bool, fires);
-    makeProjects();
-    ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
-    const QString picked = chosen.isEmpty() ? QString() : m_dir->filePath(chosen);
-    int asked = 0;
-    ThostProjects::instance()->setFolderChooser([&](QWidget*, const QString&) {
-        ++asked;
-        return picked;
-    });
-    WorkspaceListener listener;
-    TvslCmdResult result;
-    QVERIFY(run(QStringLiteral("setProjectFromFileDialog"), result));
-    QCOMPARE(asked, 1);
-    QCOMPARE(result.asQString(), answer);
-    QCOMPARE(ThostProjects::instance()->current()->name, current);
-    if (fires) {
-        QTRY_COMPARE(listener.count, 1);
-        QCOMPARE(ThostProjects::instance()->recent().value(0), ThostProjects::instance()->current()->root);
-    } else {
-        QVERIFY(ThostProjects::instance()->recent().isEmpty());
-    }
-}
-
-void TestHostProjects::addRecentProjectKeepsTheNewestFirstWithoutRepeats()
-{
-    TvslCmdResult result;
-    for (const char* path : {"/p/one", "/p/two", "/p/one", "/p/with \\\"quote\\\""})
-        QVERIFY(run(QStringLiteral("addRecentProject \"%1\"").arg(QLatin1String(path)), result));
-    QCOMPARE(ThostProjects::instance()->recent(), (QStringList{"/p/with \"quote\"", "/p/one", "/p/two"}));
-    QVERIFY(!run(QStringLiteral("addRecentProject"), result));
-}
-
-void TestHostProjects::projectWindowShowsTheCurrentProject()
-{
-    makeProjects();
-    ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
-    TvslCmdResult result;
-    QVERIFY(run(QStringLiteral("ProjectWindow"), result));
-    QCOMPARE(result.asQString(), QStringLiteral("Project window: Bay Area"));
-    ThostProjectWindow* window = ThostProjectWindow::showWindow(nullptr);
-    QVERIFY(window->isVisible());
-    QCOMPARE(window->rules()->topLevelItemCount(), 3);
-    QCOMPARE(window->rules()->topLevelItem(0)->text(2), QStringLiteral("no"));
-    QCOMPARE(window->rules()->topLevelItem(1)->text(2), QStringLiteral("yes"));
-    // It follows the project while open.
-    QVERIFY(ThostProjects::instance()->setCurrent(QStringLiteral("Orbit")));
-    QCOMPARE(window->rules()->topLevelItemCount(), 1);
-    delete window;
-}
-
-void TestHostProjects::manifestNamesTheLibrarysParts()
-{
-    make(QStringLiteral("lib/orlo-samples.json"),
-         "{\"velaLocation\": \"Vela\", \"moteLocation\": \"MOTE\", \"projects\": \"Projects\","
-         " \"startFolder\": \"Vela/Examples/Animation\","
-         " \"contentPath\": [\"Vela/Examples\", \"MOTE/MOTE Examples\", \"User_Library\"]}");
-    ThostSampleLibrary library;
-    QVERIFY(library.read(m_dir->filePath(QStringLiteral("lib"))));
-    const QString root = m_dir->filePath(QStringLiteral("lib"));
-    QCOMPARE(library.root(), root);
-    QCOMPARE(library.velaLocation(), root + QStringLiteral("/Vela"));
-    QCOMPARE(library.moteLocation(), root + QStringLiteral("/MOTE"));
-    QCOMPARE(library.projectsFolder(), root + QStringLiteral("/Projects"));
-    QCOMPARE(library.startFolder(), root + QStringLiteral("/Vela/Examples/Animation"));
-    QCOMPARE(library.contentPath(), (QStringList{root + "/Vela/Examples", root + "/MOTE/MOTE Examples", root + "/User_Library"}));
-
-    make(QStringLiteral("bad/orlo-samples.json"), "{ not json");
-    QVERIFY(!ThostSampleLibrary().read(m_dir->filePath(QStringLiteral("bad"))));
-    QVERIFY(!ThostSampleLibrary().read(m_dir->filePath(QStringLiteral("none"))));
-}
-
-void TestHostProjects::environmentIsSetOnlyWhereTheUserLeftItUnset()
-{
-    const QByteArray saved[3] = {qgetenv("VELA_LOCATION"), qgetenv("MOTE_LOCATION"), qgetenv("VELA_CONTENT_PATH")};
-    make(QStringLiteral("lib/orlo-samples.json"),
-         "{\"velaLocation\": \"Vela\", \"moteLocation\": \"MOTE\", \"contentPath\": [\"Vela/Examples\", \"User_Library\"]}");
-    ThostSampleLibrary library;
-    QVERIFY(library.read(m_dir->filePath(QStringLiteral("lib"))));
-    qunsetenv("VELA_LOCATION");
-    qputenv("MOTE_LOCATION", "/opt/mote");
-    qunsetenv("VELA_CONTENT_PATH");
-
-    QCOMPARE(library.applyEnvironment(), (QStringList{"VELA_LOCATION", "VELA_CONTENT_PATH"}));
-    const QString root = m_dir->filePath(QStringLiteral("lib"));
-    QCOMPARE(env("VELA_LOCATION"), root + QStringLiteral("/Vela"));
-    QCOMPARE(env("MOTE_LOCATION"), QStringLiteral("/opt/mote"));
-    QCOMPARE(env("VELA_CONTENT_PATH"), root + QStringLiteral("/Vela/Examples;") + root + QStringLiteral("/User_Library"));
-    QVERIFY(library.applyEnvironment().isEmpty());
-
-    const char* names[3] = {"VELA_LOCATION", "MOTE_LOCATION", "VELA_CONTENT_PATH"};
-    for (int i = 0; i < 3; ++i) {
-        if (saved[i].isEmpty())
-            qunsetenv(names[i]);
-        else
-            qputenv(names[i], saved[i]);
-    }
-}
-
-void TestHostProjects::libraryIsFoundBesideOrAboveTheProgram_data()
-{
-    QTest::addColumn<QString>("manifest");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("build tree") << "build/samples/orlo-samples.json" << "build/samples";
-    QTest::newRow("beside the program") << "build/app/samples/orlo-samples.json" << "build/app/samples";
-    QTest::newRow("installed") << "build/share/orlo-browser/samples/orlo-samples.json" << "build/share/orlo-browser/samples";
-    QTest::newRow("none") << "build/elsewhere/orlo-samples.json" << "";
-}
-
-void TestHostProjects::libraryIsFoundBesideOrAboveTheProgram()
-{
-    QFETCH(QString, manifest);
-    QFETCH(QString, expected);
-    make(manifest, "{}");
-    QDir(m_dir->path()).mkpath(QStringLiteral("build/app"));
-    const QString found = ThostSampleLibrary::find(m_dir->filePath(QStringLiteral("build/app")));
-    QCOMPARE(found, expected.isEmpty() ? QString() : m_dir->filePath(expected));
 }
 
 QTEST_MAIN(TestHostProjects)
