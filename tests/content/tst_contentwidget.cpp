@@ -24,7 +24,6 @@
 
 namespace {
 
-// A content widget over a list view, as the browser's own views are.
 class TtestContentWidget : public TcontentWidget
 {
 public:
@@ -79,17 +78,13 @@ private Q_SLOTS:
     void helpMenuCommands();
     void helpMenuIsMadeOnceForAllWidgets();
     void helpButtonWithoutHostMenu();
-    void helpMenuPosition_data();
     void helpMenuPosition();
     void searchRequests_data();
     void searchRequests();
-    void clearButtonFollowsText();
-    void toolbarLook_data();
     void toolbarLook();
 
 private:
-    // The host's side: a "menu" command that makes a menu in the host window, named by the
-    // command's last word, and help commands that only accept.
+    // The host's side: "menu" makes a menu named by its last word; the help commands only accept.
     void installHelpHost();
     TtestContentWidget* makeWidget(const QString& name, QWidget* parent = nullptr);
 
@@ -114,7 +109,6 @@ void TestContentWidget::init()
 
 void TestContentWidget::cleanup()
 {
-    // The menus live in the window; with it gone the next test's widgets ask the host anew.
     m_window.reset();
     m_options.reset();
     m_host.reset();
@@ -154,7 +148,6 @@ void TestContentWidget::helpMenuCommands_data()
     QTest::addColumn<QString>("widgetName");
     QTest::addColumn<QString>("fullName");
 
-    QTest::newRow("named window") << "hostWindow" << "" << "listView" << "hostWindow|listView";
     QTest::newRow("named container between") << "hostWindow" << "contentPane" << "treeView"
                                              << "hostWindow|contentPane|treeView";
     // Names go into the commands as they are, blanks and all.
@@ -186,7 +179,6 @@ void TestContentWidget::helpMenuCommands()
     };
     const QStringList sent = allCommands();
     QVERIFY2(sent == expected, qPrintable(sent.join(QLatin1String("\n"))));
-    QCOMPARE(m_madeMenus.size(), 1);
     QCOMPARE(widget->helpMenu(), m_madeMenus.constFirst().data());
     QCOMPARE(TcontentWidget::helpMenuName(), QStringLiteral("HelpMenu"));
 }
@@ -221,9 +213,7 @@ void TestContentWidget::helpButtonWithoutHostMenu()
     TtestContentWidget* first = makeWidget(QStringLiteral("listView"));
     m_window->show();
     QVERIFY(!first->helpMenu());
-    QCOMPARE(commandsNamed(QStringLiteral("menu")).size(), 1);
-    QVERIFY(commandsNamed(QStringLiteral("addContextHelpProc")).isEmpty());
-    QVERIFY(commandsNamed(QStringLiteral("doHelpMenuItems")).isEmpty());
+    QCOMPARE(allCommands().size(), 1);
 
     QTest::mouseClick(first->helpButton(), Qt::LeftButton);
     QVERIFY(!QApplication::activePopupWidget());
@@ -235,20 +225,9 @@ void TestContentWidget::helpButtonWithoutHostMenu()
     QVERIFY(second->helpMenu());
 }
 
-void TestContentWidget::helpMenuPosition_data()
-{
-    QTest::addColumn<qreal>("scale");
-    QTest::addColumn<QPoint>("offset");
-    QTest::newRow("100 per cent") << 1.0 << QPoint(-20, 20);
-    // Only the horizontal offset follows the scale.
-    QTest::newRow("200 per cent") << 2.0 << QPoint(-40, 20);
-}
-
 void TestContentWidget::helpMenuPosition()
 {
-    QFETCH(qreal, scale);
-    QFETCH(QPoint, offset);
-    m_host->scale = scale;
+    m_host->scale = 2.0;
     installHelpHost();
     TtestContentWidget* widget = makeWidget(QStringLiteral("listView"));
     m_window->show();
@@ -265,7 +244,8 @@ void TestContentWidget::helpMenuPosition()
     });
     QTest::mouseClick(widget->helpButton(), Qt::LeftButton);
     QVERIFY(opened);
-    QCOMPARE(openedAt, widget->helpButton()->mapToGlobal(offset));
+    // Only the horizontal offset follows the scale.
+    QCOMPARE(openedAt, widget->helpButton()->mapToGlobal(QPoint(-40, 20)));
 }
 
 void TestContentWidget::searchRequests_data()
@@ -301,6 +281,8 @@ void TestContentWidget::searchRequests()
 
     QSignalSpy searches(widget, &TcontentWidget::newTextSearch);
     m_window->show();
+    QToolButton* clear = widget->searchBar()->clearButton();
+    QVERIFY(!clear->isVisible());
     QTest::keyClicks(widget->searchBar(), QStringLiteral("ma"));
     if (!throughProxy) {
         QCOMPARE(searches.count(), 0);
@@ -309,95 +291,35 @@ void TestContentWidget::searchRequests()
     QCOMPARE(searches.count(), 2);
     QCOMPARE(searches.at(0).at(1).toString(), QStringLiteral("m"));
     QCOMPARE(searches.at(1).at(1).toString(), QStringLiteral("ma"));
-    const QModelIndex expected = withRoot ? folder->index() : QModelIndex();
-    for (const QList<QVariant>& search : searches) {
-        const QModelIndex base = search.at(0).value<QModelIndex>();
-        QCOMPARE(base, expected);
-        if (base.isValid())
-            QCOMPARE(base.model(), &source);
-    }
+    // The base is the source model's index of the folder shown.
+    QCOMPARE(searches.at(1).at(0).value<QModelIndex>(), withRoot ? folder->index() : QModelIndex());
 
-    widget->setSearchText(QString());
+    // Clearing is a search for nothing, so the view lists everything again.
+    QVERIFY(clear->isVisible());
+    QTest::mouseClick(clear, Qt::LeftButton);
+    QVERIFY(!clear->isVisible() && widget->searchBar()->text().isEmpty());
     QCOMPARE(searches.count(), 3);
     QCOMPARE(searches.at(2).at(1).toString(), QString());
     widget->view()->setModel(nullptr);
 }
 
-void TestContentWidget::clearButtonFollowsText()
-{
-    TtestContentWidget* widget = makeWidget(QStringLiteral("listView"));
-    QStandardItemModel source;
-    QSortFilterProxyModel proxy;
-    proxy.setSourceModel(&source);
-    widget->view()->setModel(&proxy);
-    m_window->show();
-    TcontentSearchBar* bar = widget->searchBar();
-    QToolButton* clear = bar->clearButton();
-    QVERIFY(!clear->isVisible());
-
-    QTest::keyClick(bar, Qt::Key_A);
-    QVERIFY(clear->isVisible());
-    QTest::keyClick(bar, Qt::Key_B);
-    QVERIFY(clear->isVisible());
-    QTest::keyClick(bar, Qt::Key_Backspace);
-    QVERIFY(clear->isVisible());
-    QTest::keyClick(bar, Qt::Key_Backspace);
-    QVERIFY(!clear->isVisible());
-
-    QTest::keyClicks(bar, QStringLiteral("tree"));
-    QSignalSpy searches(widget, &TcontentWidget::newTextSearch);
-    QTest::mouseClick(clear, Qt::LeftButton);
-    QCOMPARE(bar->text(), QString());
-    QVERIFY(!clear->isVisible());
-    // Clearing is a search for nothing, so the view lists everything again.
-    QCOMPARE(searches.count(), 1);
-    QCOMPARE(searches.at(0).at(1).toString(), QString());
-    widget->view()->setModel(nullptr);
-}
-
-void TestContentWidget::toolbarLook_data()
-{
-    QTest::addColumn<qreal>("scale");
-    QTest::newRow("100 per cent") << 1.0;
-    QTest::newRow("200 per cent") << 2.0;
-}
-
 void TestContentWidget::toolbarLook()
 {
-    QFETCH(qreal, scale);
-    m_host->scale = scale;
+    m_host->scale = 2.0;
     TtestContentWidget* widget = makeWidget(QStringLiteral("listView"));
     m_window->show();
-
     // The gear starts the strip; the search field and the help button end it.
     TbrowserToolbar* toolbar = widget->toolbar();
     QCOMPARE(toolbar->groupWidgets(TbrowserToolbar::LeftSide), QList<QWidget*>{widget->gearButton()});
-    QCOMPARE(toolbar->groupWidgets(TbrowserToolbar::RightSide),
-             (QList<QWidget*>{widget->searchBar(), widget->helpButton()}));
-    QVERIFY(toolbar->overflowWidgets().isEmpty());
+    QCOMPARE(toolbar->groupWidgets(TbrowserToolbar::RightSide), (QList<QWidget*>{widget->searchBar(), widget->helpButton()}));
+    QCOMPARE(widget->searchBar()->size(), QSize(250, 40));
 
+    // The clear button sits at the right end, and typed text stops short of it.
     TcontentSearchBar* bar = widget->searchBar();
-    QCOMPARE(bar->size(), QSize(125, 20) * scale);
-    QCOMPARE(bar->sizePolicy().horizontalPolicy(), QSizePolicy::Fixed);
-    QCOMPARE(bar->sizePolicy().verticalPolicy(), QSizePolicy::Fixed);
-    QCOMPARE(bar->placeholderText(), QStringLiteral("Search"));
-    QCOMPARE(bar->styleSheet(), QStringLiteral("QLineEdit\t{ border: none; } "));
-    QCOMPARE(bar->clearButton()->styleSheet(), QStringLiteral("QToolButton {border: none; padding: 0px;}"));
-    QCOMPARE(bar->clearButton()->iconSize(), QSize(20, 20) * scale);
-    QCOMPARE(widget->helpButton()->size(), QSize(20, 20) * scale);
-    QVERIFY(m_host->calls.contains(QStringLiteral("pixmap CB_Clear.png")));
-    QVERIFY(m_host->calls.contains(QStringLiteral("pixmap help.png")));
-
-    // The clear button sits at the right end, centred, and typed text stops short of it.
     QTest::keyClicks(bar, QStringLiteral("x"));
     const QRect button = bar->clearButton()->geometry();
-    const QString where = QStringLiteral("clear button at %1,%2 %3x%4 in a bar of %5x%6")
-                              .arg(button.x()).arg(button.y()).arg(button.width()).arg(button.height())
-                              .arg(bar->width()).arg(bar->height());
-    QVERIFY2(button.right() == bar->rect().right() - 1, qPrintable(where));
-    QVERIFY2(qAbs(button.center().y() - bar->rect().center().y()) <= 1, qPrintable(where));
-    QVERIFY2(bar->textMargins().right() >= button.width(), qPrintable(where));
-    QVERIFY2(bar->clearButton()->cursor().shape() == Qt::ArrowCursor, qPrintable(where));
+    QCOMPARE(button.right(), bar->rect().right() - 1);
+    QVERIFY(bar->textMargins().right() >= button.width());
 }
 
 QTEST_MAIN(TestContentWidget)
