@@ -10,15 +10,13 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <memory>
-
 namespace {
 
 const QColor previewColour(0, 200, 0);
 const QColor clipColour(200, 0, 0);
 const QColor poseColour(0, 0, 200);
 
-// Badge pictures of their own colours, so that a badge is recognised by its pixels.
+// Badges of their own colours, so that a badge is recognised by its pixels.
 class TbadgeHost : public TrecordingHost
 {
 public:
@@ -33,7 +31,6 @@ public:
             picture.fill(poseColour);
         return picture;
     }
-    // Notes the application's cursor while the browser waits on the loader.
     bool loadImage(const QString& filePath, QPixmap& picture) override
     {
         const QCursor* cursor = QGuiApplication::overrideCursor();
@@ -43,7 +40,7 @@ public:
     int cursorSeen = -2;
 };
 
-// Writes dir/relative: the picture as PNG when there is one, else a few bytes.
+// The picture as PNG when there is one, else a few bytes.
 bool put(const QTemporaryDir& dir, const QString& relative, const QImage& picture = QImage())
 {
     const QString path = dir.filePath(relative);
@@ -64,16 +61,6 @@ QImage solid(const QSize& size, const QColor& colour)
 {
     QImage image(size, QImage::Format_ARGB32);
     image.fill(colour);
-    return image;
-}
-
-// Every pixel of its own colour, so that any scaling or shift shows.
-QImage gradient(const QSize& size)
-{
-    QImage image(size, QImage::Format_ARGB32);
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width(); ++x)
-            image.setPixelColor(x, y, QColor(x * 6 % 256, y * 12 % 256, 200));
     return image;
 }
 
@@ -102,7 +89,6 @@ class TestThumbnailIconProvider : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void emptyBaseNameGivesNullIconThatIsNotCached();
     void indicators_data();
     void indicators();
     void badgesSitInTheirCorners_data();
@@ -111,25 +97,11 @@ private Q_SLOTS:
     void smallPictureLandsAtTheBottomAndIsKeptRaw();
     void sourceOrder_data();
     void sourceOrder();
-    void imageFileIsFittedIntoTheIcon_data();
-    void imageFileIsFittedIntoTheIcon();
     void folderPicture_data();
     void folderPicture();
     void cacheHitsEvenAfterAPreviewAppears();
-    void cacheAndSharedPicturesFollowTheProviders();
+    void cacheDiesWithItsProvider();
 };
-
-void TestThumbnailIconProvider::emptyBaseNameGivesNullIconThatIsNotCached()
-{
-    QTemporaryDir dir;
-    QVERIFY(put(dir, QStringLiteral(".hidden")));
-    TrecordingHost host;
-    const TassetBrowserOptions options = host.options();
-    ThumbnailFileIconProvider provider(&options, QSize(64, 64), false);
-    const QFileInfo info(dir.filePath(QStringLiteral(".hidden")));
-    QVERIFY(provider.icon(info).isNull());
-    QVERIFY(!ThumbnailFileIconProvider::isCached(provider.instanceNumber(), info.absoluteFilePath()));
-}
 
 void TestThumbnailIconProvider::indicators_data()
 {
@@ -137,13 +109,11 @@ void TestThumbnailIconProvider::indicators_data()
     QTest::addColumn<QStringList>("markers");
     QTest::addColumn<int>("expected");
     const int none = ThumbnailFileIconProvider::NoIndicator;
-    const int clip = ThumbnailFileIconProvider::ClipAnimationIndicator;
-    const int pose = ThumbnailFileIconProvider::PoseIndicator;
-    QTest::newRow("clip beats pose") << "scene.fbx" << QStringList{"scene.fbx.anim", "scene.fbx.pose"} << clip;
-    QTest::newRow("pose alone") << "scene.fbx" << QStringList{"scene.fbx.pose"} << pose;
-    QTest::newRow("no markers") << "scene.fbx" << QStringList{} << none;
+    QTest::newRow("clip beats pose") << "scene.fbx" << QStringList{"scene.fbx.anim", "scene.fbx.pose"}
+                                     << int(ThumbnailFileIconProvider::ClipAnimationIndicator);
+    QTest::newRow("pose alone") << "scene.fbx" << QStringList{"scene.fbx.pose"}
+                                << int(ThumbnailFileIconProvider::PoseIndicator);
     QTest::newRow("upper-case suffix") << "SCENE.FBX" << QStringList{"SCENE.FBX.anim"} << none;
-    QTest::newRow("mixed-case suffix") << "scene.Fbx" << QStringList{"scene.Fbx.pose"} << none;
     QTest::newRow("other suffix") << "scene.mb" << QStringList{"scene.mb.anim"} << none;
     QTest::newRow("marker without suffix") << "scene.fbx" << QStringList{"scene.anim"} << none;
 }
@@ -167,10 +137,8 @@ void TestThumbnailIconProvider::badgesSitInTheirCorners_data()
     QTest::addColumn<bool>("withPreview");
     QTest::addColumn<QString>("marker");
     QTest::addColumn<QColor>("rightBadge");
-    QTest::newRow("preview and clip, 100%") << 1.0 << true << "scene.fbx.anim" << clipColour;
     QTest::newRow("preview and pose, 200%") << 2.0 << true << "scene.fbx.pose" << poseColour;
     QTest::newRow("clip without preview") << 1.0 << false << "scene.fbx.anim" << clipColour;
-    QTest::newRow("preview only, 150%") << 1.5 << true << QString() << QColor();
 }
 
 void TestThumbnailIconProvider::badgesSitInTheirCorners()
@@ -183,8 +151,7 @@ void TestThumbnailIconProvider::badgesSitInTheirCorners()
     QVERIFY(put(dir, QStringLiteral("scene.fbx")));
     if (withPreview)
         QVERIFY(put(dir, preview(QStringLiteral("scene.fbx")), solid(QSize(50, 50), Qt::white)));
-    if (!marker.isEmpty())
-        QVERIFY(put(dir, QStringLiteral(".velaSwatches/") + marker));
+    QVERIFY(put(dir, QStringLiteral(".velaSwatches/") + marker));
 
     TbadgeHost host;
     host.scale = scale;
@@ -194,31 +161,24 @@ void TestThumbnailIconProvider::badgesSitInTheirCorners()
     ThumbnailFileIconProvider provider(&options, QSize(large, large), false);
     provider.setSizes(sizesOf({small, large}));
     const QIcon icon = provider.icon(QFileInfo(dir.filePath(QStringLiteral("scene.fbx"))));
-    // One badged pixmap per size, each with badges of full size.
     QCOMPARE(icon.availableSizes(), (QList<QSize>{QSize(small, small), QSize(large, large)}));
 
+    // Badges keep their full size at every size, margin pixels in from their corners.
     const int margin = host.scaledLength(3);
     const int badge = host.scaledLength(16);
     for (int edge : {small, large}) {
         const QImage picture = pictureOf(icon, edge);
         const QString tag = QStringLiteral("%1 at %2").arg(QTest::currentDataTag()).arg(edge);
-        // Top left, margin pixels in: the preview badge, and nothing of it just outside.
         QVERIFY2(sameRgb(picture.pixelColor(margin, margin), previewColour) == withPreview, qPrintable(tag));
         QVERIFY2(sameRgb(picture.pixelColor(margin + badge - 1, margin + badge - 1), previewColour) == withPreview,
                  qPrintable(tag));
         QVERIFY2(!sameRgb(picture.pixelColor(margin + badge, margin + badge), previewColour), qPrintable(tag));
-        QVERIFY2(!sameRgb(picture.pixelColor(margin - 1, margin - 1), previewColour), qPrintable(tag));
-        // Top right, margin pixels in from the right edge.
         const int right = edge - margin - 1;
         const int left = edge - margin - badge;
-        if (rightBadge.isValid()) {
-            QVERIFY2(sameRgb(picture.pixelColor(right, margin), rightBadge), qPrintable(tag));
-            QVERIFY2(sameRgb(picture.pixelColor(left, margin + badge - 1), rightBadge), qPrintable(tag));
-            QVERIFY2(!sameRgb(picture.pixelColor(right + 1, margin), rightBadge), qPrintable(tag));
-            QVERIFY2(!sameRgb(picture.pixelColor(left - 1, margin), rightBadge), qPrintable(tag));
-        } else {
-            QVERIFY2(sameRgb(picture.pixelColor(right, margin), Qt::white), qPrintable(tag));
-        }
+        QVERIFY2(sameRgb(picture.pixelColor(right, margin), rightBadge), qPrintable(tag));
+        QVERIFY2(sameRgb(picture.pixelColor(left, margin + badge - 1), rightBadge), qPrintable(tag));
+        QVERIFY2(!sameRgb(picture.pixelColor(right + 1, margin), rightBadge), qPrintable(tag));
+        QVERIFY2(!sameRgb(picture.pixelColor(left - 1, margin), rightBadge), qPrintable(tag));
     }
 }
 
@@ -234,7 +194,11 @@ void TestThumbnailIconProvider::smallPictureLandsAtTheBottomAndIsKeptRaw()
     QFETCH(bool, fromSwatch);
     QTemporaryDir dir;
     QVERIFY(put(dir, QStringLiteral("rock.mb")));
-    const QImage source = gradient(QSize(40, 20));
+    // Every pixel of its own colour, so that any scaling or shift shows.
+    QImage source(40, 20, QImage::Format_ARGB32);
+    for (int y = 0; y < 20; ++y)
+        for (int x = 0; x < 40; ++x)
+            source.setPixelColor(x, y, QColor(x * 6, y * 12, 200));
     TrecordingHost host;
     if (fromSwatch)
         QVERIFY(put(dir, preview(QStringLiteral("rock.mb")), source));
@@ -253,8 +217,7 @@ void TestThumbnailIconProvider::smallPictureLandsAtTheBottomAndIsKeptRaw()
     QCOMPARE(main.pixelColor(32, 32).rgba(), source.pixelColor(20, 0).rgba());
     QCOMPARE(main.pixelColor(0, 63).rgba(), source.pixelColor(0, 19).rgba());
     QCOMPARE(main.pixelColor(63, 63).rgba(), source.pixelColor(39, 19).rgba());
-    // Raw picture: its own pixels, padded to 40 by 40 at the bottom (a badge only covers the
-    // top left corner).
+    // Raw picture: its own pixels, padded to 40 by 40 at the bottom.
     const QImage raw = pictureOf(icon, 40);
     QCOMPARE(raw.pixelColor(30, 19).alpha(), 0);
     for (int y = 0; y < 20; ++y)
@@ -270,7 +233,7 @@ void TestThumbnailIconProvider::sourceOrder_data()
     QTest::addColumn<bool>("loaderHasPicture");
     QTest::addColumn<bool>("foldersOnly");
     QTest::addColumn<bool>("useLoader");
-    QTest::addColumn<QColor>("expectedColour");
+    QTest::addColumn<QColor>("expectedColour"); // invalid: the system icon
     QTest::addColumn<bool>("loaderAsked");
     // The file itself is blue, the loader's picture red, the swatch preview green.
     const QColor swatch(0, 255, 0);
@@ -278,8 +241,7 @@ void TestThumbnailIconProvider::sourceOrder_data()
     const QColor image(0, 0, 255);
     QTest::newRow("swatch before loader") << "a.png" << true << true << false << true << swatch << false;
     QTest::newRow("loader before the image") << "a.png" << false << true << false << true << loader << true;
-    QTest::newRow("image when the loader has none") << "a.png" << false << false << false << true << image << true;
-    QTest::newRow("upper-case image suffix") << "a.PNG" << false << false << false << true << image << true;
+    QTest::newRow("upper-case image, loader has none") << "a.PNG" << false << false << false << true << image << true;
     QTest::newRow("loader switched off") << "a.png" << false << true << false << false << image << false;
     QTest::newRow("folders only: system icon") << "a.png" << true << true << true << true << QColor() << false;
 }
@@ -293,6 +255,7 @@ void TestThumbnailIconProvider::sourceOrder()
     QFETCH(bool, useLoader);
     QFETCH(QColor, expectedColour);
     QFETCH(bool, loaderAsked);
+    const char* row = QTest::currentDataTag();
     QTemporaryDir dir;
     QVERIFY(put(dir, fileName, solid(QSize(32, 32), QColor(0, 0, 255))));
     if (swatch)
@@ -307,45 +270,18 @@ void TestThumbnailIconProvider::sourceOrder()
     provider.setSizes(sizesOf({32}));
     const QIcon icon = provider.icon(QFileInfo(path));
 
-    QVERIFY2(host.calls.contains(QStringLiteral("loadImage ") + path) == loaderAsked, QTest::currentDataTag());
-    if (loaderAsked) {
-        // The picture is made under the wait cursor, which is gone again afterwards.
-        QVERIFY2(host.cursorSeen == int(Qt::WaitCursor), QTest::currentDataTag());
-        QVERIFY2(!QGuiApplication::overrideCursor(), QTest::currentDataTag());
-    }
+    QVERIFY2(host.calls.contains(QStringLiteral("loadImage ") + path) == loaderAsked, row);
+    // The loader works under the wait cursor, which is gone again afterwards.
+    if (loaderAsked)
+        QVERIFY2(host.cursorSeen == int(Qt::WaitCursor) && !QGuiApplication::overrideCursor(), row);
     // Below the badges' row, the picture's own colour.
     const QColor seen = pictureOf(icon, 32).pixelColor(16, 28);
-    const QString tag = QStringLiteral("%1: %2").arg(QTest::currentDataTag(), seen.name());
-    if (expectedColour.isValid()) {
+    const QString tag = QStringLiteral("%1: %2").arg(row, seen.name());
+    if (expectedColour.isValid())
         QVERIFY2(sameRgb(seen, expectedColour), qPrintable(tag));
-    } else {
+    else
         for (const QColor& colour : {QColor(255, 0, 0), QColor(0, 255, 0), QColor(0, 0, 255)})
             QVERIFY2(!sameRgb(seen, colour), qPrintable(tag));
-    }
-}
-
-void TestThumbnailIconProvider::imageFileIsFittedIntoTheIcon_data()
-{
-    QTest::addColumn<QSize>("imageSize");
-    QTest::addColumn<QSize>("expected");
-    QTest::newRow("large landscape") << QSize(300, 200) << QSize(64, 42);
-    QTest::newRow("large portrait") << QSize(100, 400) << QSize(16, 64);
-    QTest::newRow("small one is enlarged") << QSize(20, 10) << QSize(64, 32);
-    QTest::newRow("exact") << QSize(64, 64) << QSize(64, 64);
-}
-
-void TestThumbnailIconProvider::imageFileIsFittedIntoTheIcon()
-{
-    QFETCH(QSize, imageSize);
-    QFETCH(QSize, expected);
-    QTemporaryDir dir;
-    const QString file = dir.filePath(QStringLiteral("photo.jpg"));
-    QVERIFY(solid(imageSize, QColor(0, 0, 255)).save(file, "JPEG"));
-    ThumbnailFileIconProvider provider(nullptr, QSize(64, 64), false);
-    const QIcon icon = provider.icon(QFileInfo(file));
-    QCOMPARE(icon.availableSizes(), QList<QSize>{expected});
-    const QColor centre = icon.pixmap(expected, 1.0).toImage().pixelColor(expected.width() / 2, expected.height() / 2);
-    QVERIFY2(centre.blue() > 200 && centre.red() < 50, qPrintable(centre.name()));
 }
 
 void TestThumbnailIconProvider::folderPicture_data()
@@ -370,17 +306,13 @@ void TestThumbnailIconProvider::folderPicture()
     const int edge = host.scaledLength(16) + extra;
     ThumbnailFileIconProvider provider(&options, QSize(edge, edge), false);
     const QString calls = host.calls.join(QLatin1Char(','));
-    QVERIFY2(host.calls.contains(expectedCall), qPrintable(calls));
-    QVERIFY2(calls.count(QStringLiteral("CB_Folder")) == 1, qPrintable(calls));
+    QVERIFY2(host.calls.contains(expectedCall) && calls.count(QStringLiteral("CB_Folder")) == 1, qPrintable(calls));
     QCOMPARE(provider.folderIcon().availableSizes(), QList<QSize>{QSize(edge, edge)});
-
-    // Every folder shows that picture, also one named like an image; the loader is not asked.
+    // Also a folder named like an image shows it, and the loader is not asked.
     QTemporaryDir dir;
-    for (const QString& name : {QStringLiteral("textures"), QStringLiteral("renders.png")}) {
-        QVERIFY(QDir(dir.path()).mkpath(name));
-        QVERIFY2(provider.icon(QFileInfo(dir.filePath(name))).cacheKey() == provider.folderIcon().cacheKey(),
-                 qPrintable(name));
-    }
+    QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("renders.png")));
+    QCOMPARE(provider.icon(QFileInfo(dir.filePath(QStringLiteral("renders.png")))).cacheKey(),
+             provider.folderIcon().cacheKey());
     QVERIFY(!host.calls.join(QLatin1Char(',')).contains(QLatin1String("loadImage")));
 }
 
@@ -394,7 +326,6 @@ void TestThumbnailIconProvider::cacheHitsEvenAfterAPreviewAppears()
     ThumbnailFileIconProvider provider(&options, QSize(64, 64), false);
     provider.setSizes(sizesOf({64}));
     const QIcon before = provider.icon(info);
-    QVERIFY(ThumbnailFileIconProvider::isCached(provider.instanceNumber(), info.absoluteFilePath()));
 
     QVERIFY(put(dir, preview(QStringLiteral("tree.mb")), solid(QSize(64, 64), Qt::white)));
     host.calls.clear();
@@ -406,7 +337,7 @@ void TestThumbnailIconProvider::cacheHitsEvenAfterAPreviewAppears()
     QVERIFY(sameRgb(pictureOf(fresh.icon(info), 64).pixelColor(32, 40), Qt::white));
 }
 
-void TestThumbnailIconProvider::cacheAndSharedPicturesFollowTheProviders()
+void TestThumbnailIconProvider::cacheDiesWithItsProvider()
 {
     QTemporaryDir dir;
     QVERIFY(put(dir, QStringLiteral("a.mb")));
@@ -415,32 +346,20 @@ void TestThumbnailIconProvider::cacheAndSharedPicturesFollowTheProviders()
     host.images.insert(path, QPixmap::fromImage(solid(QSize(8, 8), Qt::red)));
     const TassetBrowserOptions options = host.options();
     using Provider = ThumbnailFileIconProvider;
-
-    QCOMPARE(Provider::liveProviderCount(), 0);
-    QVERIFY(Provider::indicatorImage(Provider::PoseIndicator).isNull());
     auto large = std::make_unique<Provider>(&options, QSize(64, 64), false);
-    auto small = std::make_unique<Provider>(&options, QSize(16, 16), true);
-    QCOMPARE(Provider::liveProviderCount(), 2);
+    Provider small(&options, QSize(16, 16), true);
     // The badge pictures are fetched once, by the first provider.
     QCOMPARE(host.calls.count(QStringLiteral("pixmap CB_PoseIndicator.png")), 1);
-    QVERIFY(sameRgb(Provider::indicatorImage(Provider::PoseIndicator).pixelColor(0, 0), poseColour));
-
     large->icon(QFileInfo(path));
-    small->icon(QFileInfo(path));
+    small.icon(QFileInfo(path));
     const quint32 largeNumber = large->instanceNumber();
-    const quint32 smallNumber = small->instanceNumber();
     large.reset();
-    QCOMPARE(Provider::liveProviderCount(), 1);
     QVERIFY(!Provider::isCached(largeNumber, path));
-    QVERIFY(Provider::isCached(smallNumber, path));
+    QVERIFY(Provider::isCached(small.instanceNumber(), path));
     QVERIFY(!Provider::indicatorImage(Provider::PoseIndicator).isNull());
-
     // A provider made now must not find the small one's 16 pixel picture.
     Provider another(&options, QSize(64, 64), false);
-    QVERIFY(another.instanceNumber() != smallNumber);
     QVERIFY(another.icon(QFileInfo(path)).availableSizes().contains(QSize(64, 64)));
-    small.reset();
-    QCOMPARE(Provider::liveProviderCount(), 1);
 }
 
 QTEST_MAIN(TestThumbnailIconProvider)
