@@ -30,16 +30,140 @@ class TestHostUi : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_main.reset(named<QMainWindow>("HostMain"));
+        auto* central = new QWidget;
+        auto* layout = new QVBoxLayout(central);
+        auto* browser = named<QWidget>("browser", central);
+        layout->addWidget(browser);
+        named<QLineEdit>("search", browser);
+        m_main->setCentralWidget(central);
+        auto* menuBar = named<QMenuBar>("mainMenuBar");
+        m_main->setMenuBar(menuBar);
+        menuBar->addMenu(named<QMenu>("helpMenu", menuBar));
 
-    void findByName_data();
-    void findByName();
-    void fullNameLeadsBackToTheElement();
-    void registeredObjectsAreFindableUntilDestroyed();
-    void currentMenuBarFollowsItsWindow();
-    void environmentInBothForms_data();
-    void environmentInBothForms();
+        m_other.reset(named<QWidget>("OtherWindow"));
+        named<QLineEdit>("search", m_other.get());
+    }
+
+    void cleanup()
+    {
+        m_main.reset();
+        m_other.reset();
+    }
+
+    void findByName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("className");
+        QTest::addColumn<QString>("expected");
+
+        QTest::newRow("full name through an unnamed widget") << "HostMain|browser|search" << QByteArray()
+                                                             << "HostMain|browser|search";
+        QTest::newRow("single name, shallowest first") << "search" << QByteArray() << "OtherWindow|search";
+        QTest::newRow("menu by class") << "helpMenu" << QByteArray("QMenu") << "HostMain|mainMenuBar|helpMenu";
+        QTest::newRow("class excludes") << "helpMenu" << QByteArray("QLineEdit") << "";
+        QTest::newRow("class on a full name") << "HostMain|mainMenuBar|helpMenu" << QByteArray("QWidget")
+                                              << "HostMain|mainMenuBar|helpMenu";
+        QTest::newRow("skipping a named level") << "HostMain|search" << QByteArray() << "";
+        QTest::newRow("empty segment") << "HostMain||browser" << QByteArray() << "";
+    }
+
+    void findByName()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, className);
+        QFETCH(QString, expected);
+        const QByteArray row = QTest::currentDataTag();
+
+        QObject* found = TUIInventory::find(Tstring(name), className.isEmpty() ? nullptr : className.constData());
+        QVERIFY2(bool(found) == !expected.isEmpty(), row);
+        QVERIFY2(TUIInventory::fullName(found).toQString() == expected, row);
+    }
+
+    void fullNameLeadsBackToTheElement()
+    {
+        QVERIFY(TUIInventory::fullName(m_main->centralWidget()).isEmpty());
+        for (QWidget* root : {static_cast<QWidget*>(m_main.get()), m_other.get()}) {
+            const QList<QObject*> all = root->findChildren<QObject*>() << root;
+            for (QObject* object : all) {
+                if (object->objectName().isEmpty() || object->objectName().startsWith("qt_"))
+                    continue;
+                const Tstring fullName = TUIInventory::fullName(object);
+                QVERIFY2(TUIInventory::find(fullName) == object, qPrintable(fullName.toQString()));
+            }
+        }
+    }
+
+    void registeredObjectsAreFindableUntilDestroyed()
+    {
+        auto action = std::make_unique<QAction>();
+        action->setObjectName("hostImportAction");
+        auto* option = new QObject(action.get());
+        option->setObjectName("optionBox");
+        TUIInventory::registerObject(action.get());
+        QCOMPARE(TUIInventory::find("hostImportAction", "QAction"), action.get());
+        QCOMPARE(TUIInventory::find("hostImportAction|optionBox"), option);
+
+        action.reset();
+        QVERIFY(!TUIInventory::find("hostImportAction"));
+    }
+
+    void currentMenuBarFollowsItsWindow()
+    {
+        QVERIFY(!TiceGlobalState::currentQMenuBar());
+        TiceGlobalState::setCurrentQMenuBar(m_main->menuBar());
+        QCOMPARE(TiceGlobalState::currentQMenuBar(), m_main->menuBar());
+        m_main.reset();
+        QVERIFY(!TiceGlobalState::currentQMenuBar());
+    }
+
+    void environmentInBothForms_data()
+    {
+        QTest::addColumn<QString>("assignment");
+        QTest::addColumn<bool>("accepted");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("value");
+
+        QTest::newRow("equals sign in the value") << "ORLO_TEST_EQ=/lib/a=b" << true << "ORLO_TEST_EQ" << "/lib/a=b";
+        QTest::newRow("empty value unsets") << "ORLO_TEST_EMPTY=" << true << "ORLO_TEST_EMPTY" << "";
+        QTest::newRow("no name") << "=value" << false << "" << "";
+        QTest::newRow("no equals sign") << "ORLO_TEST_NOEQ" << false << "ORLO_TEST_NOEQ" << "";
+    }
+
+    void environmentInBothForms()
+    {
+        QFETCH(QString, assignment);
+        QFETCH(bool, accepted);
+        QFETCH(QString, name);
+        QFETCH(QString, value);
+        const QByteArray row = QTest::currentDataTag();
+        const Tstring key(name);
+
+        const QByteArray localName = name.toLocal8Bit();
+        for (const bool pairForm : {false, true}) {
+            // The (name, value) form gets the assignment split at its first '='.
+            if (pairForm && !assignment.contains(u'='))
+                continue;
+            const QByteArray form = row + (pairForm ? " (name, value)" : " (assignment)");
+            if (!name.isEmpty())
+                qputenv(localName.constData(), "stale");
+
+            const bool result = pairForm ? VelaPutEnv(key, Tstring(assignment.section(u'=', 1)))
+                                         : VelaPutEnv(Tstring(assignment));
+            QVERIFY2(result == accepted, form);
+            if (accepted) {
+                QVERIFY2(VelaGetEnv(key).toQString() == value, form);
+                QVERIFY2(qEnvironmentVariable(localName.constData()) == value, form);
+                QVERIFY2(qEnvironmentVariableIsSet(localName.constData()) == !value.isEmpty(), form);
+            }
+            if (!name.isEmpty())
+                qunsetenv(localName.constData());
+        }
+        QVERIFY2(!VelaPutEnv(Tstring("A=B"), Tstring("x")), row);
+        QVERIFY2(VelaGetEnv(Tstring("ORLO_TEST_NEVER_SET")).isEmpty(), row);
+    }
 
 private:
     // HostMain ─ (unnamed central) ─ browser ─ search
@@ -48,167 +172,6 @@ private:
     std::unique_ptr<QMainWindow> m_main;
     std::unique_ptr<QWidget> m_other;
 };
-
-void TestHostUi::init()
-{
-    m_main.reset(named<QMainWindow>("HostMain"));
-    auto* central = new QWidget;
-    auto* layout = new QVBoxLayout(central);
-    auto* browser = named<QWidget>("browser", central);
-    layout->addWidget(browser);
-    named<QLineEdit>("search", browser);
-    m_main->setCentralWidget(central);
-    auto* menuBar = named<QMenuBar>("mainMenuBar");
-    m_main->setMenuBar(menuBar);
-    menuBar->addMenu(named<QMenu>("helpMenu", menuBar));
-
-    m_other.reset(named<QWidget>("OtherWindow"));
-    named<QLineEdit>("search", m_other.get());
-}
-
-void TestHostUi::cleanup()
-{
-    m_main.reset();
-    m_other.reset();
-}
-
-void TestHostUi::findByName_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("className");
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("full name through an unnamed widget") << "HostMain|browser|search" << QByteArray()
-                                                         << "HostMain|browser|search";
-    QTest::newRow("full name in another window") << "OtherWindow|search" << QByteArray() << "OtherWindow|search";
-    QTest::newRow("single name, shallowest first") << "search" << QByteArray() << "OtherWindow|search";
-    QTest::newRow("menu by class") << "helpMenu" << QByteArray("QMenu") << "HostMain|mainMenuBar|helpMenu";
-    QTest::newRow("class excludes") << "helpMenu" << QByteArray("QLineEdit") << "";
-    QTest::newRow("class on a full name") << "HostMain|mainMenuBar|helpMenu" << QByteArray("QWidget")
-                                          << "HostMain|mainMenuBar|helpMenu";
-    QTest::newRow("skipping a named level") << "HostMain|search" << QByteArray() << "";
-    QTest::newRow("empty segment") << "HostMain||browser" << QByteArray() << "";
-    QTest::newRow("empty name") << "" << QByteArray() << "";
-    QTest::newRow("unknown") << "NoSuchWidget" << QByteArray() << "";
-}
-
-void TestHostUi::findByName()
-{
-    QFETCH(QString, name);
-    QFETCH(QByteArray, className);
-    QFETCH(QString, expected);
-    const QByteArray row = QTest::currentDataTag();
-
-    QObject* found = TUIInventory::find(Tstring(name), className.isEmpty() ? nullptr : className.constData());
-    QVERIFY2(bool(found) == !expected.isEmpty(), row);
-    QVERIFY2(TUIInventory::fullName(found).toQString() == expected, row);
-}
-
-void TestHostUi::fullNameLeadsBackToTheElement()
-{
-    auto* search = m_main->findChild<QLineEdit*>("search");
-    QCOMPARE(TUIInventory::fullName(search), Tstring("HostMain|browser|search"));
-    QVERIFY(TUIInventory::fullName(m_main->centralWidget()).isEmpty());
-    QVERIFY(TUIInventory::fullName(nullptr).isEmpty());
-
-    for (QWidget* root : {static_cast<QWidget*>(m_main.get()), m_other.get()}) {
-        const QList<QObject*> all = root->findChildren<QObject*>() << root;
-        for (QObject* object : all) {
-            if (object->objectName().isEmpty() || object->objectName().startsWith("qt_"))
-                continue;
-            const Tstring fullName = TUIInventory::fullName(object);
-            QVERIFY2(TUIInventory::find(fullName) == object, qPrintable(fullName.toQString()));
-        }
-    }
-}
-
-void TestHostUi::registeredObjectsAreFindableUntilDestroyed()
-{
-    auto action = std::make_unique<QAction>();
-    action->setObjectName("hostImportAction");
-    auto* option = new QObject(action.get());
-    option->setObjectName("optionBox");
-    QVERIFY(!TUIInventory::find("hostImportAction"));
-
-    TUIInventory::registerObject(action.get());
-    TUIInventory::registerObject(action.get());
-    QCOMPARE(TUIInventory::find("hostImportAction", "QAction"), action.get());
-    QCOMPARE(TUIInventory::find("hostImportAction|optionBox"), option);
-    QCOMPARE(TUIInventory::fullName(option), Tstring("hostImportAction|optionBox"));
-
-    action.reset();
-    QVERIFY(!TUIInventory::find("hostImportAction"));
-    QVERIFY(!TUIInventory::find("optionBox"));
-
-    auto again = std::make_unique<QAction>();
-    again->setObjectName("hostImportAction");
-    TUIInventory::registerObject(again.get());
-    TUIInventory::unregisterObject(again.get());
-    QVERIFY(!TUIInventory::find("hostImportAction"));
-}
-
-void TestHostUi::currentMenuBarFollowsItsWindow()
-{
-    QVERIFY(!TiceGlobalState::currentQMenuBar());
-    TiceGlobalState::setCurrentQMenuBar(m_main->menuBar());
-    QCOMPARE(TiceGlobalState::currentQMenuBar(), m_main->menuBar());
-    m_main.reset();
-    QVERIFY(!TiceGlobalState::currentQMenuBar());
-}
-
-void TestHostUi::environmentInBothForms_data()
-{
-    QTest::addColumn<QString>("assignment");
-    QTest::addColumn<bool>("accepted");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("value");
-
-    QTest::newRow("plain") << "ORLO_TEST_CONTENT=/lib/one:/lib/two" << true << "ORLO_TEST_CONTENT"
-                           << "/lib/one:/lib/two";
-    QTest::newRow("equals sign in the value") << "ORLO_TEST_EQ=a=b" << true << "ORLO_TEST_EQ"
-                                              << "a=b";
-    QTest::newRow("non-ascii value") << "ORLO_TEST_UTF=/données/资产" << true << "ORLO_TEST_UTF"
-                                     << "/données/资产";
-    QTest::newRow("empty value unsets") << "ORLO_TEST_EMPTY=" << true << "ORLO_TEST_EMPTY"
-                                        << "";
-    QTest::newRow("no name") << "=value" << false << ""
-                             << "";
-    QTest::newRow("no equals sign") << "ORLO_TEST_NOEQ" << false << "ORLO_TEST_NOEQ"
-                                    << "";
-}
-
-void TestHostUi::environmentInBothForms()
-{
-    QFETCH(QString, assignment);
-    QFETCH(bool, accepted);
-    QFETCH(QString, name);
-    QFETCH(QString, value);
-    const QByteArray row = QTest::currentDataTag();
-    const Tstring key(name);
-
-    const QByteArray localName = name.toLocal8Bit();
-    for (const bool pairForm : {false, true}) {
-        // The (name, value) form gets the assignment split at its first '='.
-        if (pairForm && !assignment.contains(u'='))
-            continue;
-        const QByteArray form = row + (pairForm ? " (name, value)" : " (assignment)");
-        if (!name.isEmpty())
-            qputenv(localName.constData(), "stale");
-
-        const bool result = pairForm ? VelaPutEnv(key, Tstring(assignment.section(u'=', 1)))
-                                     : VelaPutEnv(Tstring(assignment));
-        QVERIFY2(result == accepted, form);
-        if (accepted) {
-            QVERIFY2(VelaGetEnv(key).toQString() == value, form);
-            QVERIFY2(qEnvironmentVariable(localName.constData()) == value, form);
-            QVERIFY2(qEnvironmentVariableIsSet(localName.constData()) == !value.isEmpty(), form);
-        }
-        if (!name.isEmpty())
-            qunsetenv(localName.constData());
-    }
-    QVERIFY2(!VelaPutEnv(Tstring("A=B"), Tstring("x")), row);
-    QVERIFY2(VelaGetEnv(Tstring("ORLO_TEST_NEVER_SET")).isEmpty(), row);
-}
 
 QTEST_MAIN(TestHostUi)
 #include "tst_hostui.moc"
