@@ -48,18 +48,17 @@ QString TbrowserHistory::current() const
     return m_paths.isEmpty() ? QString() : m_paths.at(m_position);
 }
 
-bool TbrowserHistory::add(const QString& path)
+void TbrowserHistory::add(const QString& path)
 {
     // Deliberately the newest entry, not the current one: revisiting the far end after
     // stepping back keeps the forward entries.
     if (!m_paths.isEmpty() && m_paths.constLast() == path)
-        return false;
+        return;
     if (!isAtEnd())
         truncateAfterCurrent();
     append(path);
     // On the very first entry the position is already 0 and stays there.
     stepForward();
-    return true;
 }
 
 std::optional<QString> TbrowserHistory::back()
@@ -76,9 +75,4 @@ std::optional<QString> TbrowserHistory::forward()
     if (m_paths.isEmpty())
         return std::nullopt;
     return m_paths.at(m_position);
-}
-
-bool TbrowserHistory::operator==(const TbrowserHistory& other) const
-{
-    return m_position == other.m_position && m_paths == other.m_paths;
 }

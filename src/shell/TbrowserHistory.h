@@ -43,12 +43,11 @@ public:
     // The path on screen; empty for an empty history.
     QString current() const;
 
-    // Records a newly visited folder and makes it current; returns whether anything changed.
-    // A path equal (exactly, case-sensitive) to the NEWEST entry is ignored even when the
-    // user has stepped back from it: the entries and the position stay as they are,
-    // forward entries included. Otherwise the entries after the current one are dropped
-    // before the new one is added.
-    bool add(const QString& path);
+    // Records a newly visited folder and makes it current. A path equal (exactly,
+    // case-sensitive) to the NEWEST entry is ignored even when the user has stepped back from
+    // it: the entries and the position stay as they are, forward entries included. Otherwise
+    // the entries after the current one are dropped before the new one is added.
+    void add(const QString& path);
 
     // Steps one entry back and returns the path the browser is to show, or nothing for an
     // empty history. At the oldest entry it returns that entry again: the caller shows the
@@ -56,9 +55,6 @@ public:
     std::optional<QString> back();
     // The same towards the newest entry; at the newest entry it returns that entry again.
     std::optional<QString> forward();
-
-    bool operator==(const TbrowserHistory& other) const;
-    bool operator!=(const TbrowserHistory& other) const { return !(*this == other); }
 
 private:
     QStringList m_paths;

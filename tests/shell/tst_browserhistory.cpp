@@ -1,7 +1,6 @@
 #include "TbrowserHistory.h"
 
 #include <QTest>
-#include <QVariant>
 
 namespace {
 
@@ -52,9 +51,6 @@ class TestBrowserHistory : public QObject
 private Q_SLOTS:
     void sequences_data();
     void sequences();
-    void addReportsChange_data();
-    void addReportsChange();
-    void copiesAreIndependent();
 };
 
 void TestBrowserHistory::sequences_data()
@@ -130,47 +126,6 @@ void TestBrowserHistory::sequences()
     QVERIFY2(told == shown,
              qPrintable(row + ": shown " + told.join(QLatin1Char(' ')) + ", expected " + shown.join(QLatin1Char(' '))));
     QVERIFY2(history.current() == (paths.isEmpty() ? QString() : paths.at(position)), qPrintable(row + ": current"));
-}
-
-void TestBrowserHistory::addReportsChange_data()
-{
-    QTest::addColumn<QStringList>("steps");
-    QTest::addColumn<QString>("visit");
-    QTest::addColumn<bool>("changed");
-
-    QTest::newRow("first visit") << words("") << "F1" << true;
-    QTest::newRow("the newest again") << words("+F1") << "F1" << false;
-    QTest::newRow("the newest again while stepped back") << words("+F1 +F2 <") << "F2" << false;
-    QTest::newRow("the current one while stepped back") << words("+F1 +F2 <") << "F1" << true;
-    QTest::newRow("another folder") << words("+F1") << "F2" << true;
-}
-
-void TestBrowserHistory::addReportsChange()
-{
-    QFETCH(QStringList, steps);
-    QFETCH(QString, visit);
-    QFETCH(bool, changed);
-
-    TbrowserHistory history;
-    play(history, steps);
-    const TbrowserHistory before = history;
-    QVERIFY2(history.add(visit) == changed, QTest::currentDataTag());
-    QVERIFY2((history != before) == changed, QTest::currentDataTag());
-}
-
-void TestBrowserHistory::copiesAreIndependent()
-{
-    // The history travels by value (HistoryUpdated carries it): a copy must not follow its source.
-    TbrowserHistory history;
-    play(history, words("+F1 +F2 +F3 <"));
-    const QVariant carried = QVariant::fromValue(history);
-    play(history, words("+F4 <"));
-
-    const TbrowserHistory copy = carried.value<TbrowserHistory>();
-    QCOMPARE(copy.paths(), words("F1 F2 F3"));
-    QCOMPARE(copy.position(), 1);
-    QCOMPARE(history.paths(), words("F1 F2 F4"));
-    QCOMPARE(history.position(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestBrowserHistory)
