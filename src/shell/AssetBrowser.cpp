@@ -184,6 +184,9 @@ void AssetBrowser::applyVisibilityFlags()
 
 void AssetBrowser::addItemToHistory(QString item)
 {
+    // The panes name a folder with or without a closing "/"; one folder is one entry.
+    if (item.size() > 1 && item.endsWith(QLatin1Char('/')) && !item.endsWith(QLatin1String(":/")))
+        item.chop(1);
     m_history.add(item);
 }
 

@@ -291,9 +291,8 @@ void TstTreeViewPane::clickingAnotherFolderClosesTheLastOne()
 
     // A folder with folders inside is not remembered: choosing inside it must not fold it.
     const QString parent = m_dir->filePath(QStringLiteral("a"));
-    const QModelIndex parentIndex = proxy->mapFromSource(model->index(parent));
     QTRY_VERIFY_WITH_TIMEOUT(model->hasChildren(model->index(parent)), 30000);
-    pane.treeViewClicked(parentIndex);
+    pane.treeViewClicked(proxy->mapFromSource(model->index(parent)));
     QVERIFY(pane.lastClickedFolder().isEmpty());
 }
 
