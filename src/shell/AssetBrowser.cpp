@@ -122,6 +122,9 @@ void AssetBrowser::connectPanes()
     connect(m_contentPane, &ThumbnailPane::newPathDoubleClicked, this, &AssetBrowser::addItemToHistory);
     // A file selected in the content pane: its picture and facts.
     connect(m_contentPane, &ThumbnailPane::newPathClicked, m_previewPanel, &PreviewPane::newPreviewRequested);
+    // With a host menu bar, the selected file's actions are offered there too.
+    if (m_options.browserMenu())
+        connect(m_contentPane, &ThumbnailPane::newPathClicked, this, &AssetBrowser::setFileMenuActions);
     connect(m_contentPane, &ThumbnailPane::requestAddToFavorites, m_sidePanel->favoritesOrganizer(),
             &TfavoritesOrganizer::addPathToFavorites);
     connect(m_contentPane, &ThumbnailPane::toggleView, this, &AssetBrowser::toggleListIconView);

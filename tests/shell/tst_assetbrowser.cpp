@@ -17,6 +17,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QMenu>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QSplitter>
 #include <QTabWidget>
@@ -77,6 +78,7 @@ private Q_SLOTS:
     void panelsStatusLengths();
     void hidingBothPreviewTabsDetachesThePreview();
     void libraryOperationsReachTheLibrary();
+    void selectedFileActionsReachTheHostMenu();
 
 private:
     AssetBrowser* make(const TassetBrowserOptions& options);
@@ -294,6 +296,25 @@ void TstAssetBrowser::libraryOperationsReachTheLibrary()
     browser->sidePanel()->tabWidget()->setCurrentIndex(browser->sidePanel()->tabIndex(TreeViewPane::SystemTab));
     browser->showLibraryPath(T(m_dir->filePath(QStringLiteral("lib/Trees"))));
     QCOMPARE(browser->sidePanel()->currentTabId(), TreeViewPane::LibraryTab);
+}
+
+void TstAssetBrowser::selectedFileActionsReachTheHostMenu()
+{
+    QMenuBar menuBar;
+    m_host->actionTexts = {QStringLiteral("Bring In"), QStringLiteral("-"), QStringLiteral("Open")};
+    TassetBrowserOptions options = m_host->options();
+    options.setBrowserMenu(&menuBar);
+    AssetBrowser* browser = make(options);
+    const QString file = m_dir->filePath(QStringLiteral("props/crate.vela"));
+    Q_EMIT browser->contentPane()->newPathClicked(file);
+    QMenu* menu = menuBar.findChild<QMenu*>(QStringLiteral("contentBrowserFileMenu"));
+    QVERIFY(menu);
+    QCOMPARE(menu->title(), QStringLiteral("crate.vela"));
+    QVERIFY(menu->actions().size() >= 3);
+    QCOMPARE(menu->actions().first()->text(), rContentBrowserContextMenuImportVelaFile.asQString());
+    // A folder changes nothing.
+    Q_EMIT browser->contentPane()->newPathClicked(m_dir->filePath(QStringLiteral("props")));
+    QCOMPARE(menu->title(), QStringLiteral("crate.vela"));
 }
 
 QTEST_MAIN(TstAssetBrowser)
