@@ -94,6 +94,8 @@ void TreeViewPane::build(const QString& rootPath)
     m_tree->setAutoScrollMargin(0);
 
     m_model = new TfileSystemModel(m_options, this);
+    // Every folder of the tree shows the host's folder picture, like the other tabs.
+    TreeViewFileIconProvider::setTreeIcon(TuiScale::icon(m_options, QStringLiteral("CB_FolderRegularClosed.png")));
     m_iconProvider = std::make_unique<TreeViewFileIconProvider>();
     m_model->setIconProvider(m_iconProvider.get());
     m_model->setFilter(QDir::Dirs | QDir::Drives | QDir::AllDirs | QDir::NoDotAndDotDot);
