@@ -98,6 +98,7 @@ QvelaMenuItemEntry::QvelaMenuItemEntry(QvelaMenuItem* item, QMenu* menu)
     : QWidget(menu)
     , m_item(item)
     , m_menu(menu)
+    , m_menuObject(menu)
 {
     // The menu hands focus to a row it reaches from the keyboard only when the row takes it.
     setFocusPolicy(Qt::TabFocus);
@@ -219,7 +220,7 @@ bool QvelaMenuItemEntry::event(QEvent* event)
 
 bool QvelaMenuItemEntry::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_menu) {
+    if (watched == m_menuObject) {
         switch (event->type()) {
         case QEvent::KeyPress:
             // The row is current through the pointer and the menu kept the focus: the keys

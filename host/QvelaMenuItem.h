@@ -91,6 +91,9 @@ private:
 
     QvelaMenuItem* m_item;
     QPointer<QMenu> m_menu;
+    // The menu as the event filter sees it: events still arrive while the menu is being
+    // destroyed, when it may no longer be treated as a QMenu.
+    const QObject* m_menuObject;
     bool m_boxSelected = false;
     // A press on the box, so that only a release that ends it there triggers the box.
     bool m_boxPressed = false;
