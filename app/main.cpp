@@ -3,6 +3,7 @@
 #include "ThostConsole.h"
 #include "ThostMainWindow.h"
 #include "ThostSampleLibrary.h"
+#include "ThostScreenshot.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -11,7 +12,6 @@
 #include <QPalette>
 #include <QRegularExpression>
 #include <QStandardPaths>
-#include <QTimer>
 
 #include <cstdio>
 
@@ -179,9 +179,11 @@ int main(int argc, char** argv)
     if (parser.isSet(screenshotOption)) {
         const QString file = QFileInfo(parser.value(screenshotOption)).absoluteFilePath();
         window.show();
-        // The file models list asynchronously: give them a moment on the event loop, then grab.
-        QTimer::singleShot(1500, &window, [&window, file]() {
-            const bool saved = window.grab().save(file, "PNG");
+        // Saved once the folder is listed and its visible pictures are made, with a time limit.
+        auto* shot = new ThostScreenshot(&window, file);
+        QObject::connect(shot, &ThostScreenshot::finished, &window, [file](bool saved, bool timedOut) {
+            if (timedOut)
+                std::fprintf(stderr, "orlo-browser: the folder had not settled in time; saved as it was\n");
             if (saved)
                 std::printf("%s\n", qPrintable(file));
             QCoreApplication::exit(saved ? 0 : 1);

@@ -343,6 +343,7 @@ void QvelaBreadCrumb::setPath(const QString& path)
         auto* folder = new TcrumbButton(CrumbKind::Folder, d->barHeight, this);
         auto* separator = new TcrumbButton(CrumbKind::Separator, d->barHeight, this);
         folder->setFont(font());
+        separator->setFont(font());
         separator->setIndex(int(d->separators.size()));
         separator->setImage(d->image(separatorIconName));
         connect(folder, &QAbstractButton::clicked, this, [this, folder] { Q_EMIT newPathSelected(folder->path()); });
@@ -428,6 +429,10 @@ void QvelaBreadCrumb::changeEvent(QEvent* event)
         // application's font rather than the bar's.
         for (TcrumbButton* button : std::as_const(d->folders))
             button->setFont(font());
+        for (TcrumbButton* button : std::as_const(d->separators))
+            button->setFont(font());
+        d->collapse->setFont(font());
+        d->history->setFont(font());
         relayout();
         updateGeometry();
     }

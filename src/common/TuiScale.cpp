@@ -3,6 +3,9 @@
 #include "TabDpiScaling.h"
 #include "TassetBrowserOptions.h"
 
+#include <QApplication>
+#include <QWidget>
+
 namespace {
 TabDpiScaling* scalingOf(const TassetBrowserOptions* options)
 {
@@ -43,4 +46,38 @@ QIcon TuiScale::icon(const TassetBrowserOptions* options, const QString& fileNam
 {
     TabDpiScaling* scaling = scalingOf(options);
     return scaling ? scaling->icon(fileName) : QIcon();
+}
+
+QFont TuiScale::font(const TassetBrowserOptions* options, const QWidget* widget)
+{
+    const QFont base = widget ? QApplication::font(widget) : QApplication::font();
+    TabDpiScaling* scaling = scalingOf(options);
+    return scaling ? scaling->scaledFont(base) : base;
+}
+
+void TuiScale::scaleWindowFont(const TassetBrowserOptions* options, QWidget* window)
+{
+    if (window)
+        window->setFont(font(options, window));
+}
+
+void TuiScale::scaleFonts(const TassetBrowserOptions* options, QWidget* root)
+{
+    if (!root || !scalingOf(options))
+        return;
+    QList<QWidget*> widgets = root->findChildren<QWidget*>();
+    widgets.prepend(root);
+    for (QWidget* widget : widgets)
+        widget->ensurePolished();
+    for (QWidget* widget : widgets) {
+        const QFont base = QApplication::font(widget);
+        const qreal scaled = font(options, widget).pointSizeF();
+        if (base.pointSizeF() <= 0 || scaled <= 0 || qFuzzyCompare(base.pointSizeF(), scaled))
+            continue;
+        if (!qFuzzyCompare(widget->font().pointSizeF(), base.pointSizeF()))
+            continue;
+        QFont resized = widget->font();
+        resized.setPointSizeF(scaled);
+        widget->setFont(resized);
+    }
 }

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QFont>
 #include <QIcon>
 #include <QPixmap>
 #include <QSize>
 #include <QString>
 
+class QWidget;
 class TassetBrowserOptions;
 
 // Every pixel size and resource image of the browser goes through the host's scaling
@@ -20,4 +22,14 @@ public:
     static int metric(const TassetBrowserOptions* options, int n);
     static QPixmap pixmap(const TassetBrowserOptions* options, const QString& fileName);
     static QIcon icon(const TassetBrowserOptions* options, const QString& fileName);
+    // The host's scaling of the application's own font for widget's class. Always scaled from
+    // the unscaled font, so a widget that inherits an already scaled font is never scaled twice.
+    static QFont font(const TassetBrowserOptions* options, const QWidget* widget = nullptr);
+    // Popup menus and dialogs are windows and do not inherit the browser's font: give them the
+    // scaled font explicitly.
+    static void scaleWindowFont(const TassetBrowserOptions* options, QWidget* window);
+    // Gives root and every widget below it that still shows the unscaled size the scaled size,
+    // keeping its family and weight. Widgets with a style sheet take back the font they had
+    // when the sheet was first applied, so this runs after they are polished.
+    static void scaleFonts(const TassetBrowserOptions* options, QWidget* root);
 };

@@ -101,6 +101,12 @@ SearchToolbar::SearchToolbar(const TassetBrowserOptions* options, QWidget* paren
     m_forwardButton = makeNavigationButton(options, QStringLiteral("CB_Forward.png"),
                                            rTooltipNextlocation.asQString(), m_barHeight, this);
 
+    // Before any style sheet: a style sheet keeps the font a widget had when it was applied and
+    // puts it back whenever it polishes the widget again.
+    setFont(TuiScale::font(options, this));
+    m_pathEdit->setFont(TuiScale::font(options, m_pathEdit));
+    m_pathEdit->view()->setFont(TuiScale::font(options, m_pathEdit->view()));
+    m_breadCrumb->setFont(TuiScale::font(options, m_breadCrumb));
     m_pathEdit->setObjectName(QStringLiteral("pathEdit"));
     m_pathEdit->setEditable(true);
     // The list holds the folders shown, in the order first shown; never what was typed.
@@ -125,10 +131,6 @@ SearchToolbar::SearchToolbar(const TassetBrowserOptions* options, QWidget* paren
 
     m_breadCrumb->setObjectName(QStringLiteral("breadCrumb"));
     m_breadCrumb->setIconSource([options](const QString& fileName) { return TuiScale::icon(options, fileName); });
-    if (options && options->dpiScaling()) {
-        m_pathEdit->setFont(options->dpiScaling()->scaledFont(m_pathEdit->font()));
-        m_breadCrumb->setFont(options->dpiScaling()->scaledFont(m_breadCrumb->font()));
-    }
 
     // The pale tooltip needs dark text whatever the host's palette gives tooltips.
     setStyleSheet(QStringLiteral("QToolTip{ background-color:#FFFFDE; color:#000000; }"));

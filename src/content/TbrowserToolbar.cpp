@@ -181,6 +181,11 @@ void TbrowserToolbar::moveWidget(QWidget* widget, QHBoxLayout* from, QHBoxLayout
         m_extensionList->prependWidget(widget);
     else
         to->addWidget(widget);
+    // A widget with a style sheet takes back the application's font when it changes parents;
+    // the browser's scaled font is handed on explicitly.
+    QFont scaled = widget->font();
+    scaled.setPointSizeF(font().pointSizeF());
+    widget->setFont(scaled);
     if (!hidden)
         widget->show();
 }

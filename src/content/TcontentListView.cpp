@@ -15,6 +15,8 @@
 #include <QFontMetrics>
 #include <QSignalBlocker>
 #include <QSlider>
+
+#include <cstdlib>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -43,8 +45,7 @@ TcontentListView::TcontentListView(const TassetBrowserOptions* options, QAbstrac
     createSlider();
 
     m_view = new BrowserListView(this);
-    if (TabDpiScaling* scaling = options ? options->dpiScaling() : nullptr)
-        m_view->setFont(scaling->scaledFont(m_view->font()));
+    m_view->setFont(TuiScale::font(options, m_view));
     m_view->setSelectionBehavior(QAbstractItemView::SelectItems);
     m_view->setGridSize(gridSizeFor(m_iconSize));
     m_view->setMovement(QListView::Snap);
@@ -139,15 +140,25 @@ void TcontentListView::sliderSetTo(int value)
 
 void TcontentListView::setThumbnailSize(int size)
 {
-    if (size <= 0)
+    if (size <= 0 || m_sizes.length() == 0)
         return;
-    applyIconSize(QSize(size, size));
-    const int step = stepOf(size);
+    // A size stored at another interface scale (or under other steps) is no step any more:
+    // take the nearest step, so that the slider and the grid always show the same size.
+    int step = stepOf(size);
+    const bool snapped = step < 0;
+    if (snapped) {
+        step = 0;
+        for (int i = 1; i < m_sizes.length(); ++i) {
+            if (std::abs(qint64(m_sizes[i]) - size) < std::abs(qint64(m_sizes[step]) - size))
+                step = i;
+        }
+    }
+    applyIconSize(QSize(m_sizes[step], m_sizes[step]));
     {
         const QSignalBlocker blocker(m_slider);
-        m_slider->setValue(step >= 0 ? step : TuiScale::length(options(), defaultThumbnailSize));
+        m_slider->setValue(step);
     }
-    if (step < 0)
+    if (snapped)
         Q_EMIT imageSizeSliderChangedToDefault();
 }
 

@@ -42,8 +42,8 @@ public:
     const Tint32Array& thumbnailSizes() const { return m_sizes; }
     // Edge length of the thumbnails shown.
     int thumbnailSize() const { return m_iconSize.height(); }
-    // Shows thumbnails of edge length size (pixels) and puts the slider on that step, or on
-    // its fallback step (emitting imageSizeSliderChangedToDefault) when size is no step.
+    // Shows thumbnails of edge length size (pixels) and puts the slider on that step; a size
+    // that is no step takes the nearest step (emitting imageSizeSliderChangedToDefault).
     void setThumbnailSize(int size);
     // The grid cell of a thumbnail of iconSize: the picture, a margin and two lines of name.
     QSize gridSizeFor(const QSize& iconSize) const;
@@ -51,8 +51,7 @@ public:
 Q_SIGNALS:
     // The user changed the thumbnail size with the slider.
     void imageSizeSliderChanged();
-    // The size given to setThumbnailSize is not one of the steps; the slider shows its
-    // fallback step.
+    // The size given to setThumbnailSize was not one of the steps; the nearest step is shown.
     void imageSizeSliderChangedToDefault();
 
 private:

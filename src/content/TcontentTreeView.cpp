@@ -25,8 +25,7 @@ TcontentTreeView::TcontentTreeView(const TassetBrowserOptions* options, QAbstrac
     toolbar()->addWidget(m_viewToggle, TbrowserToolbar::LeftSide);
 
     m_view = new BrowserTreeView(this);
-    if (TabDpiScaling* scaling = options ? options->dpiScaling() : nullptr)
-        m_view->setFont(scaling->scaledFont(m_view->font()));
+    m_view->setFont(TuiScale::font(options, m_view));
     // A flat listing of one folder: the pane opens folders itself on a double-click.
     m_view->setRootIsDecorated(false);
     m_view->setItemsExpandable(false);

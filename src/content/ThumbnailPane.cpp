@@ -152,6 +152,7 @@ void ThumbnailPane::wireView(QAbstractItemView* view, const char* doubleClickSlo
 void ThumbnailPane::buildSortMenu()
 {
     m_sortMenu = new QMenu(this);
+    TuiScale::scaleWindowFont(m_options, m_sortMenu);
     m_sortGroup = new QActionGroup(this);
     m_sortGroup->setExclusive(true);
     const TstringId* keys[] = {&rContentBrowserMenuViewItemSortName, &rContentBrowserMenuViewItemSortSize,
@@ -185,6 +186,7 @@ void ThumbnailPane::buildSortMenu()
 void ThumbnailPane::buildViewMenu()
 {
     m_viewMenu = new QMenu(this);
+    TuiScale::scaleWindowFont(m_options, m_viewMenu);
     m_viewGroup = new QActionGroup(this);
     m_viewGroup->setExclusive(true);
     QAction* list = m_viewMenu->addAction(rContentBrowserMenuItemListView.asQString());
@@ -201,6 +203,7 @@ void ThumbnailPane::buildViewMenu()
 void ThumbnailPane::buildSettingsMenu()
 {
     m_settingsMenu = new QMenu(this);
+    TuiScale::scaleWindowFont(m_options, m_settingsMenu);
     using Toggle = void (ThumbnailPane::*)();
     const struct
     {
@@ -417,6 +420,7 @@ void ThumbnailPane::openContextMenu(QPoint pos)
     if (!selection)
         return;
     auto* menu = new QMenu(this);
+    TuiScale::scaleWindowFont(m_options, menu);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     if (selection->hasSelection()) {
         const QList<QAction*> actions = getContextMenuAction(true);

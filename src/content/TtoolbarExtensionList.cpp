@@ -12,6 +12,7 @@ TtoolbarExtensionList::TtoolbarExtensionList(const TassetBrowserOptions* options
 {
     m_layout = new QHBoxLayout(this);
     setFrameShape(QFrame::Box);
+    TuiScale::scaleWindowFont(options, this);
     const int margin = TuiScale::length(options, 4);
     m_layout->setContentsMargins(margin, margin, margin, margin);
     m_layout->setSpacing(TuiScale::length(options, 5));

@@ -17,6 +17,9 @@ TconfirmDeleteFavoriteDialog::TconfirmDeleteFavoriteDialog(const QString& text, 
     : QvelaMessageBox(QMessageBox::Question, QStringLiteral(" "), text, QMessageBox::Ok | QMessageBox::Cancel, parent)
 {
     setObjectName(QStringLiteral("confirmDeleteFavoriteDialog"));
+    // A dialog is a window and does not inherit the browser's scaled font by itself.
+    if (parent)
+        setFont(parent->font());
     setInformativeText(informativeText);
     setDefaultButton(QMessageBox::Ok);
     setCheckBox(new QCheckBox(kContentBrowserConfirmDeleteIgnoreMsg.asQString(), this));

@@ -548,6 +548,7 @@ void TfavoritesOrganizer::openFavoritesContextMenu(const QPoint& pos)
         return;
 
     auto* menu = new QMenu(this);
+    TuiScale::scaleWindowFont(m_options, menu);
     menu->setObjectName(QStringLiteral("favoritesContextMenu"));
     menu->setAttribute(Qt::WA_DeleteOnClose);
     if (rows.size() == 1) {

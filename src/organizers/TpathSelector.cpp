@@ -17,6 +17,7 @@ TpathSelector::TpathSelector(const QString& startFolder, const TassetBrowserOpti
     setViewMode(QFileDialog::List);
     setAcceptMode(QFileDialog::AcceptOpen);
     resize(TuiScale::size(options, 560, 380));
+    TuiScale::scaleWindowFont(options, this);
     if (!startFolder.isEmpty()) {
         const QFileInfo start(startFolder);
         setDirectory(start.isDir() ? start.absoluteFilePath() : start.absolutePath());

@@ -283,6 +283,7 @@ void TreeViewPane::openTreeviewContextMenu(QPoint pos)
     if (!m_tree->selectionModel() || !m_tree->selectionModel()->hasSelection())
         return;
     auto* menu = new QMenu(this);
+    TuiScale::scaleWindowFont(m_options, menu);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->addAction(m_favorites->addToFavoritesAction());
     menu->popup(m_tree->viewport()->mapToGlobal(pos));

@@ -1,5 +1,7 @@
 #include "PreviewPane.h"
 
+#include <QPixmap>
+
 #include "FilePreview.h"
 #include "MetaDataViewer.h"
 #include "PreviewLoader.h"
@@ -67,6 +69,11 @@ PreviewPane::PreviewPane(const TassetBrowserOptions* options, QWidget* parent)
             Qt::DirectConnection);
     connect(loader, &PreviewLoader::newImagePreviewToDisplay, m_filePreview, &FilePreview::loadNewPreviewImage,
             Qt::DirectConnection);
+}
+
+void PreviewPane::clearPreview()
+{
+    m_filePreview->loadNewPreviewImage(QPixmap());
 }
 
 QSize PreviewPane::sizeHint() const

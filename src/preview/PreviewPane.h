@@ -52,6 +52,8 @@ public Q_SLOTS:
     // shown and hides it when both are hidden.
     void onTogglePreviewTab(bool visible);
     void onToggleMetadataTab(bool visible);
+    // Shows the no-preview text: nothing that can be previewed is selected any more.
+    void clearPreview();
 
 private:
     void updatePanelVisibility();

@@ -14,6 +14,8 @@
 #include "TreeViewPane.h"
 #include "TuiScale.h"
 
+#include <algorithm>
+
 #include <QAction>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -31,6 +33,25 @@ Tstring toT(const QString& text)
     Tstring out;
     Tstring_fromQString(text, out);
     return out;
+}
+
+const char* const kFileMenuName = "contentBrowserFileMenu";
+
+QMenu* fileMenu(QMenuBar* menuBar)
+{
+    return menuBar->findChild<QMenu*>(QLatin1String(kFileMenuName), Qt::FindDirectChildrenOnly);
+}
+
+// The menu's own actions are deleted later, not at once: this may run while one of them is
+// still delivering its triggered signal.
+void dropMenuActions(QMenu* menu)
+{
+    const QList<QAction*> old = menu->actions();
+    for (QAction* action : old) {
+        menu->removeAction(action);
+        if (action->parent() == menu)
+            action->deleteLater();
+    }
 }
 } // namespace
 
@@ -59,6 +80,8 @@ void AssetBrowser::initializeBrowser()
 void AssetBrowser::buildPanes()
 {
     const TassetBrowserOptions* opts = &m_options;
+    // Every text of the browser follows the host's interface scale: the panes inherit this font.
+    setFont(TuiScale::font(opts, this));
 
     m_mainSplitter = new QSplitter(this);
     m_mainSplitter->setObjectName(QStringLiteral("mainSplitter"));
@@ -78,17 +101,17 @@ void AssetBrowser::buildPanes()
     m_pathBarLayout->setContentsMargins(0, 0, 0, 0);
     m_pathBarLayout->addWidget(m_pathBar);
 
-    auto* innerSplitter = new QSplitter;
-    innerSplitter->setObjectName(QStringLiteral("innerSplitter"));
-    innerSplitter->addWidget(m_sidePanel);
-    innerSplitter->addWidget(m_contentPane);
-    innerSplitter->setStretchFactor(1, 1);
+    m_innerSplitter = new QSplitter;
+    m_innerSplitter->setObjectName(QStringLiteral("innerSplitter"));
+    m_innerSplitter->addWidget(m_sidePanel);
+    m_innerSplitter->addWidget(m_contentPane);
+    m_innerSplitter->setStretchFactor(1, 1);
 
     auto* browsing = new QWidget;
     auto* browsingLayout = new QVBoxLayout(browsing);
     browsingLayout->setContentsMargins(0, 0, 0, 0);
     browsingLayout->addLayout(m_pathBarLayout);
-    browsingLayout->addWidget(innerSplitter);
+    browsingLayout->addWidget(m_innerSplitter);
     m_mainSplitter->addWidget(browsing);
 
     // The spacing lines the preview up with the panes below the path bar.
@@ -125,6 +148,8 @@ void AssetBrowser::connectPanes()
     // With a host menu bar, the selected file's actions are offered there too.
     if (m_options.browserMenu())
         connect(m_contentPane, &ThumbnailPane::newPathClicked, this, &AssetBrowser::setFileMenuActions);
+    // Both follow the selection, and a change of folder (which clears it) clears them.
+    connect(m_contentPane, &ThumbnailPane::newPathClicked, this, &AssetBrowser::followSelection);
     connect(m_contentPane, &ThumbnailPane::requestAddToFavorites, m_sidePanel->favoritesOrganizer(),
             &TfavoritesOrganizer::addPathToFavorites);
     connect(m_contentPane, &ThumbnailPane::toggleView, this, &AssetBrowser::toggleListIconView);
@@ -225,22 +250,33 @@ void AssetBrowser::setFileMenuActions(QString path)
         return;
     }
     // One menu of the browser's own in the host's menu bar, holding the selected file's actions.
-    QMenu* menu = menuBar->findChild<QMenu*>(QStringLiteral("contentBrowserFileMenu"), Qt::FindDirectChildrenOnly);
+    QMenu* menu = fileMenu(menuBar);
     if (!menu) {
         menu = new QMenu(info.fileName(), menuBar);
-        menu->setObjectName(QStringLiteral("contentBrowserFileMenu"));
+        menu->setObjectName(QLatin1String(kFileMenuName));
         menuBar->addMenu(menu);
     }
-    const QList<QAction*> old = menu->actions();
-    menu->clear();
-    for (QAction* action : old) {
-        if (action->parent() == menu)
-            action->deleteLater();
-    }
+    dropMenuActions(menu);
     menu->setTitle(info.fileName());
     for (QAction* action : actions)
         action->setParent(menu);
     menu->addActions(actions);
+    menu->menuAction()->setVisible(true);
+}
+
+void AssetBrowser::followSelection(const QString& path)
+{
+    if (QFileInfo(path).isFile())
+        return;
+    // Nothing selected, or a folder: a picture or actions of another file would be a lie, and
+    // the actions would even act on a file the user no longer sees selected.
+    m_previewPanel->clearPreview();
+    if (QMenuBar* menuBar = m_options.browserMenu()) {
+        if (QMenu* menu = fileMenu(menuBar)) {
+            dropMenuActions(menu);
+            menu->menuAction()->setVisible(false);
+        }
+    }
 }
 
 QDialog* AssetBrowser::optionsDialog() const
@@ -381,9 +417,40 @@ void AssetBrowser::refreshLibrary()
     m_sidePanel->libraryOrganizer()->refreshLibrary();
 }
 
+void AssetBrowser::shareWidthWithContent()
+{
+    // The side panel and the preview ask for fixed widths that grow with the interface scale;
+    // in a narrow window they would squeeze the content pane until its search field and slider
+    // hide behind the overflow arrow. Each gets at most a fifth of the width, the content pane
+    // the rest; room added later goes to the content pane by its stretch factor.
+    const int total = m_mainSplitter->width();
+    if (total <= 0)
+        return;
+    const int cap = total / 5;
+    auto share = [cap](const QWidget* w) {
+        return std::max(w->minimumSizeHint().width(), std::min(w->sizeHint().width(), cap));
+    };
+    const bool previewShown = m_previewContainer->parent() == m_mainSplitter && !m_previewContainer->isHidden();
+    const int preview = previewShown ? share(m_previewContainer) : 0;
+    const int browsing = total - preview - (previewShown ? m_mainSplitter->handleWidth() : 0);
+    if (previewShown)
+        m_mainSplitter->setSizes({browsing, preview});
+    if (!m_sidePanel->isHidden()) {
+        const int side = share(m_sidePanel);
+        m_innerSplitter->setSizes({side, std::max(0, browsing - side - m_innerSplitter->handleWidth())});
+    }
+}
+
 void AssetBrowser::showEvent(QShowEvent* event)
 {
     ORLOAssetBrowser::showEvent(event);
+    if (!m_widthShared) {
+        m_widthShared = true;
+        TuiScale::scaleFonts(&m_options, this);
+        if (layout())
+            layout()->activate();
+        shareWidthWithContent();
+    }
     // The host's window menu bar must never appear inside the browser's own frame.
     QMenuBar* menuBar = TiceGlobalState::currentQMenuBar();
     if (menuBar && menuBar->parentWidget() && menuBar->parentWidget()->isAncestorOf(this))

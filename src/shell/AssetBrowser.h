@@ -79,6 +79,8 @@ private:
     void applyPanelsStatus();
     void applyThumbnailSize();
     void showFolder(const QString& path);
+    void followSelection(const QString& path);
+    void shareWidthWithContent();
 
     TreeViewPane* m_sidePanel = nullptr;
     ThumbnailPane* m_contentPane = nullptr;
@@ -91,5 +93,7 @@ private:
     QWidget* m_previewContainer = nullptr;
     QHBoxLayout* m_pathBarLayout = nullptr;
     QSplitter* m_mainSplitter = nullptr;
+    QSplitter* m_innerSplitter = nullptr;
+    bool m_widthShared = false;
     bool m_stateSaved = false;
 };

@@ -62,6 +62,9 @@ TimportOptionsDialog::TimportOptionsDialog(const QString& mode, const QString& f
     , m_fileArgument(fileArgument)
 {
     setObjectName(QLatin1String(dialogName));
+    // A dialog is a window and does not inherit the browser's scaled font by itself.
+    if (browser)
+        setFont(browser->font());
     setWindowTitle(reference ? rNimboReferenceOptionsTitle.asQString() : rNimboImportOptionsTitle.asQString());
 
     auto* layout = new QVBoxLayout(this);

@@ -115,14 +115,19 @@ void TestContentViews::sliderAndGrid()
     QSignalSpy changed(&view, &TcontentListView::imageSizeSliderChanged);
     QSlider* slider = view.sizeSlider();
 
-    // A size between the steps: the grid takes it as it is, the slider clamps.
-    view.setThumbnailSize(200);
-    QCOMPARE(view.listView()->iconSize(), QSize(200, 200));
-    QCOMPARE(slider->value(), 3);
+    // A size between the steps (say stored at another scale): grid and slider take the nearest
+    // step together, ties to the smaller one.
+    const struct { int size; int step; } between[] = {{200, 1}, {1, 0}, {383, 1}, {385, 2}, {100000, 3}};
+    for (const auto& row : between) {
+        view.setThumbnailSize(row.size);
+        const int expected = view.thumbnailSizes()[row.step];
+        QVERIFY2(slider->value() == row.step, qPrintable(QString::number(row.size)));
+        QVERIFY2(view.listView()->iconSize() == QSize(expected, expected), qPrintable(QString::number(row.size)));
+    }
     view.setThumbnailSize(512);
     QCOMPARE(slider->value(), 2);
     QCOMPARE(view.listView()->gridSize(), view.gridSizeFor(QSize(512, 512)));
-    QCOMPARE(toDefault.count(), 1);
+    QCOMPARE(toDefault.count(), 5);
     QCOMPARE(changed.count(), 0);
 
     // Dragging: every move resizes the grid, the release counts too.

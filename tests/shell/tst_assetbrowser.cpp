@@ -1,6 +1,8 @@
 // The whole browser, made only through the exported factory and driven as a user would.
 #include "AssetBrowser.h"
 #include "BrowserTreeView.h"
+#include "TcontentListView.h"
+#include "BrowserListView.h"
 #include "PreviewPane.h"
 #include "SearchToolbar.h"
 #include "TbrowserStrings.h"
@@ -19,6 +21,11 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QSlider>
+#include <QScrollBar>
+#include <QToolButton>
+#include <QListView>
+#include <QApplication>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QtTest>
@@ -79,6 +86,9 @@ private Q_SLOTS:
     void hidingBothPreviewTabsDetachesThePreview();
     void libraryOperationsReachTheLibrary();
     void selectedFileActionsReachTheHostMenu();
+    void everyTextFollowsTheHostScale();
+    void theContentPaneGetsTheRoomFirst();
+    void thumbnailSizeSavedAtAnotherScaleTakesTheNearestStep();
 
 private:
     AssetBrowser* make(const TassetBrowserOptions& options);
@@ -312,9 +322,82 @@ void TstAssetBrowser::selectedFileActionsReachTheHostMenu()
     QCOMPARE(menu->title(), QStringLiteral("crate.vela"));
     QVERIFY(menu->actions().size() >= 3);
     QCOMPARE(menu->actions().first()->text(), rContentBrowserContextMenuImportVelaFile.asQString());
-    // A folder changes nothing.
+    // A folder selected offers no file's actions: the menu goes until a file is selected again.
     Q_EMIT browser->contentPane()->newPathClicked(m_dir->filePath(QStringLiteral("props")));
-    QCOMPARE(menu->title(), QStringLiteral("crate.vela"));
+    QVERIFY(!menu->menuAction()->isVisible());
+    Q_EMIT browser->contentPane()->newPathClicked(file);
+    QVERIFY(menu->menuAction()->isVisible());
+    QCOMPARE(menuBar.findChildren<QMenu*>(QStringLiteral("contentBrowserFileMenu")).size(), 1);
+}
+
+void TstAssetBrowser::everyTextFollowsTheHostScale()
+{
+    m_host->scale = 1.5;
+    AssetBrowser* browser = make(m_host->options());
+    browser->setBrowserContext(T(QStringLiteral("scaled")), T(QStringLiteral("system")), T(m_dir->path()));
+    ThumbnailPane* pane = browser->contentPane();
+    QList<QWidget*> widgets = browser->findChildren<QWidget*>();
+    // Menus are windows of their own: they must be given the scaled font, not inherit it.
+    widgets << pane->sortMenu() << pane->viewMenu() << pane->settingsMenu();
+    QStringList unscaled;
+    for (QWidget* widget : widgets) {
+        // Scroll bars, splitter handles and picture-only buttons show no text.
+        auto* button = qobject_cast<QToolButton*>(widget);
+        if (qobject_cast<QScrollBar*>(widget) || qobject_cast<QSplitterHandle*>(widget)
+            || (button && button->text().isEmpty()))
+            continue;
+        const qreal expected = QApplication::font(widget).pointSizeF() * 1.5;
+        if (qAbs(widget->font().pointSizeF() - expected) >= 0.01)
+            unscaled << QStringLiteral("%1 %2 in %3: %4 pt")
+                            .arg(QLatin1String(widget->metaObject()->className()), widget->objectName(),
+                                 widget->parentWidget() ? QLatin1String(widget->parentWidget()->metaObject()->className())
+                                                        : QLatin1String("-"))
+                            .arg(widget->font().pointSizeF());
+    }
+    QVERIFY2(unscaled.isEmpty(), qPrintable(unscaled.join(QStringLiteral("; "))));
+}
+
+void TstAssetBrowser::theContentPaneGetsTheRoomFirst()
+{
+    m_host->scale = 1.5;
+    TassetBrowserOptions options = m_host->options();
+    options.setPreferenceDir(m_state->preferenceDir().toStdString());
+    m_browser.reset(CreateORLOAssetBrowser(options, nullptr));
+    auto* browser = qobject_cast<AssetBrowser*>(m_browser.get());
+    browser->resize(1400, 900);
+    browser->show();
+    QVERIFY(QTest::qWaitForWindowExposed(browser));
+    const int content = browser->contentPane()->width();
+    QVERIFY2(content >= browser->width() / 2, qPrintable(QString::number(content)));
+    QVERIFY(content > browser->sidePanel()->width());
+    QVERIFY(content > browser->previewPanel()->width());
+
+    // Room added later goes to the content pane; the side panel and preview keep theirs.
+    const int side = browser->sidePanel()->width();
+    const int preview = browser->previewPanel()->width();
+    browser->resize(1800, 900);
+    QTRY_COMPARE(browser->contentPane()->width(), content + 400);
+    QCOMPARE(browser->sidePanel()->width(), side);
+    QCOMPARE(browser->previewPanel()->width(), preview);
+}
+
+void TstAssetBrowser::thumbnailSizeSavedAtAnotherScaleTakesTheNearestStep()
+{
+    {
+        AssetBrowser* browser = make(m_host->options());
+        browser->setBrowserContext(T(QStringLiteral("anim")), T(QStringLiteral("system")), T(m_dir->path()));
+        browser->contentPane()->setThumbnailSize(256);
+        browser->saveBrowserState();
+        m_browser.reset();
+    }
+    // At 150 per cent the steps are 96, 192, 384 and 768: 256 is nearest to 192.
+    m_host->scale = 1.5;
+    AssetBrowser* browser = make(m_host->options());
+    browser->setBrowserContext(T(QStringLiteral("anim")), T(QStringLiteral("system")), T(m_dir->path()));
+    TcontentListView* grid = browser->contentPane()->listWidget();
+    QCOMPARE(browser->contentPane()->thumbnailSize(), 192);
+    QCOMPARE(grid->listView()->iconSize(), QSize(192, 192));
+    QCOMPARE(grid->sizeSlider()->value(), 1);
 }
 
 QTEST_MAIN(TstAssetBrowser)

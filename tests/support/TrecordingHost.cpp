@@ -64,7 +64,10 @@ QPixmap TrecordingHost::pixmapAtSize(const QString& fileName, const QSize& size)
 
 QFont TrecordingHost::scaledFont(const QFont& font) const
 {
-    return font;
+    QFont scaled = font;
+    if (font.pointSizeF() > 0)
+        scaled.setPointSizeF(font.pointSizeF() * scale);
+    return scaled;
 }
 
 bool TrecordingHost::loadImage(const QString& filePath, QPixmap& picture)

@@ -1,0 +1,223 @@
+// Whole journeys through the reference host's main window: its menu bar, its real callbacks
+// and the browser it embeds, driven with the mouse as a user would.
+#include "AssetBrowser.h"
+#include "BrowserListView.h"
+#include "FilePreview.h"
+#include "PreviewPane.h"
+#include "TcontentListView.h"
+#include "TdirectoryFilterProxy.h"
+#include "TfileSystemModel.h"
+#include "ThostMainWindow.h"
+#include "ThostScreenshot.h"
+#include "ThumbnailPane.h"
+#include "TrecordingHost.h"
+
+#include <QImage>
+#include <QListView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QWindow>
+#include <QtTest>
+
+class TstHostJourneys : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void clickingFileAfterFileKeepsTheHostMenuAndPreviewInStep();
+    void changingFolderClearsWhatTheSelectionShowed();
+    void screenshotWaitsForTheListing();
+
+private:
+    AssetBrowser* open(const QString& folder);
+    QModelIndex gridIndex(const QString& path) const;
+    void clickGrid(const QString& path);
+    void clickGridSpace();
+    void clickAt(QWidget* widget, const QPoint& point, bool twice);
+    QMenu* fileMenu() const;
+
+    std::unique_ptr<TfreshHostState> m_state;
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<ThostMainWindow> m_window;
+};
+
+void TstHostJourneys::init()
+{
+    m_state = std::make_unique<TfreshHostState>();
+    m_dir = std::make_unique<QTemporaryDir>();
+    QDir root(m_dir->path());
+    QVERIFY(root.mkpath(QStringLiteral("shots/sub")));
+    QVERIFY(root.mkpath(QStringLiteral("props")));
+    QImage picture(64, 32, QImage::Format_RGB32);
+    picture.fill(Qt::darkCyan);
+    QVERIFY(picture.save(root.filePath(QStringLiteral("shots/plate.png"))));
+    QVERIFY(picture.save(root.filePath(QStringLiteral("shots/matte.png"))));
+    for (const char* name : {"shots/crate.vela", "shots/notes.txt", "props/barrel.vela"}) {
+        QFile file(root.filePath(QLatin1String(name)));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+}
+
+void TstHostJourneys::cleanup()
+{
+    m_window.reset();
+    m_dir.reset();
+    m_state.reset();
+}
+
+AssetBrowser* TstHostJourneys::open(const QString& folder)
+{
+    ThostMainWindow::Settings settings;
+    settings.preferenceDir = m_state->preferenceDir();
+    settings.startTab = QStringLiteral("system");
+    settings.startFolder = folder;
+    settings.forceStartFolder = true;
+    m_window = std::make_unique<ThostMainWindow>(settings);
+    m_window->resize(1400, 900);
+    m_window->show();
+    if (!QTest::qWaitForWindowExposed(m_window.get()))
+        return nullptr;
+    auto* browser = qobject_cast<AssetBrowser*>(m_window->browser());
+    if (browser)
+        browser->contentPane()->setIconViewVisible();
+    return browser;
+}
+
+QModelIndex TstHostJourneys::gridIndex(const QString& path) const
+{
+    ThumbnailPane* pane = qobject_cast<AssetBrowser*>(m_window->browser())->contentPane();
+    return pane->proxy()->mapFromSource(pane->fileModel()->index(path));
+}
+
+void TstHostJourneys::clickGrid(const QString& path)
+{
+    QListView* grid = qobject_cast<AssetBrowser*>(m_window->browser())->contentPane()->listWidget()->listView();
+    QTRY_VERIFY2(gridIndex(path).isValid() && grid->visualRect(gridIndex(path)).isValid(), qPrintable(path));
+    clickAt(grid->viewport(), grid->visualRect(gridIndex(path)).center(), false);
+}
+
+// Through the window, as the platform delivers a real click (press and release, and for a
+// double-click the second press as a double-click).
+void TstHostJourneys::clickAt(QWidget* widget, const QPoint& point, bool twice)
+{
+    QWindow* window = m_window->windowHandle();
+    const QPoint at = widget->mapTo(m_window.get(), point);
+    QTest::mouseMove(window, at);
+    if (twice)
+        QTest::mouseDClick(window, Qt::LeftButton, Qt::NoModifier, at);
+    else
+        QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, at);
+}
+
+void TstHostJourneys::clickGridSpace()
+{
+    QListView* grid = qobject_cast<AssetBrowser*>(m_window->browser())->contentPane()->listWidget()->listView();
+    const QPoint corner(grid->viewport()->width() - 3, grid->viewport()->height() - 3);
+    QVERIFY(!grid->indexAt(corner).isValid());
+    clickAt(grid->viewport(), corner, false);
+}
+
+QMenu* TstHostJourneys::fileMenu() const
+{
+    return m_window->menuBar()->findChild<QMenu*>(QStringLiteral("contentBrowserFileMenu"));
+}
+
+void TstHostJourneys::clickingFileAfterFileKeepsTheHostMenuAndPreviewInStep()
+{
+    const QString shots = m_dir->filePath(QStringLiteral("shots"));
+    AssetBrowser* browser = open(shots);
+    QVERIFY(browser);
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+    FilePreview* preview = browser->previewPanel()->filePreview();
+
+    // Files, a folder, nothing, and files again: the menu bar's file menu and the preview
+    // follow every step, and the host's real callbacks fill the menu each time.
+    const struct
+    {
+        const char* name;
+        bool picture;
+    } files[] = {{"plate.png", true}, {"crate.vela", false}, {"matte.png", true}, {"notes.txt", false}};
+    for (int round = 0; round < 2; ++round) {
+        for (const auto& file : files) {
+            const QString path = m_dir->filePath(QStringLiteral("shots/") + QLatin1String(file.name));
+            clickGrid(path);
+            QTRY_VERIFY2(fileMenu() && fileMenu()->title() == QLatin1String(file.name), file.name);
+            QVERIFY2(fileMenu()->menuAction()->isVisible(), file.name);
+            QVERIFY2(!fileMenu()->actions().isEmpty(), file.name);
+            QTRY_VERIFY2(preview->fullPicture().isNull() != file.picture, file.name);
+        }
+        clickGrid(m_dir->filePath(QStringLiteral("shots/sub")));
+        QTRY_VERIFY(!fileMenu()->menuAction()->isVisible());
+        QVERIFY(preview->fullPicture().isNull());
+        clickGrid(m_dir->filePath(QStringLiteral("shots/plate.png")));
+        QTRY_VERIFY(fileMenu()->menuAction()->isVisible());
+        clickGridSpace();
+        QTRY_VERIFY(!fileMenu()->menuAction()->isVisible());
+        QVERIFY(preview->fullPicture().isNull());
+    }
+    // Every action the menu held was the host's; none was left behind by the earlier files.
+    clickGrid(m_dir->filePath(QStringLiteral("shots/crate.vela")));
+    QTRY_VERIFY(fileMenu()->menuAction()->isVisible());
+    const int actions = fileMenu()->actions().size();
+    clickGrid(m_dir->filePath(QStringLiteral("shots/matte.png")));
+    clickGrid(m_dir->filePath(QStringLiteral("shots/crate.vela")));
+    QTRY_COMPARE(fileMenu()->title(), QStringLiteral("crate.vela"));
+    QCOMPARE(fileMenu()->actions().size(), actions);
+}
+
+void TstHostJourneys::changingFolderClearsWhatTheSelectionShowed()
+{
+    const QString shots = m_dir->filePath(QStringLiteral("shots"));
+    AssetBrowser* browser = open(shots);
+    QVERIFY(browser);
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+    clickGrid(m_dir->filePath(QStringLiteral("shots/plate.png")));
+    QTRY_VERIFY(!browser->previewPanel()->filePreview()->fullPicture().isNull());
+    QTRY_VERIFY(fileMenu() && fileMenu()->menuAction()->isVisible());
+
+    // Into a sub-folder by double-click, and to another folder by the path bar's parent step.
+    QListView* grid = browser->contentPane()->listWidget()->listView();
+    const QString sub = m_dir->filePath(QStringLiteral("shots/sub"));
+    QTRY_VERIFY(grid->visualRect(gridIndex(sub)).isValid());
+    clickAt(grid->viewport(), grid->visualRect(gridIndex(sub)).center(), true);
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), sub);
+    QVERIFY(browser->previewPanel()->filePreview()->fullPicture().isNull());
+    QVERIFY(!fileMenu()->menuAction()->isVisible());
+
+    browser->contentPane()->goToParentDirectory();
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+    clickGrid(m_dir->filePath(QStringLiteral("shots/crate.vela")));
+    QTRY_VERIFY(fileMenu()->menuAction()->isVisible());
+    browser->contentPane()->setListViewRootIndex(m_dir->filePath(QStringLiteral("props")));
+    QVERIFY(!fileMenu()->menuAction()->isVisible());
+    QVERIFY(browser->contentPane()->selectedPaths().isEmpty());
+}
+
+void TstHostJourneys::screenshotWaitsForTheListing()
+{
+    // As the program does: the window is made, the shot set up, and only then the event loop runs.
+    ThostMainWindow::Settings settings;
+    settings.preferenceDir = m_state->preferenceDir();
+    settings.startTab = QStringLiteral("system");
+    settings.startFolder = m_dir->filePath(QStringLiteral("shots"));
+    settings.forceStartFolder = true;
+    m_window = std::make_unique<ThostMainWindow>(settings);
+    m_window->resize(1400, 900);
+    m_window->show();
+    const QString file = m_dir->filePath(QStringLiteral("shot.png"));
+    ThostScreenshot shot(m_window.get(), file);
+    QVERIFY(!shot.settled());
+    QSignalSpy finished(&shot, &ThostScreenshot::finished);
+    QVERIFY(finished.wait(20000));
+    QCOMPARE(finished.first().at(0).toBool(), true);
+    QCOMPARE(finished.first().at(1).toBool(), false);
+    // By then every entry of the folder was listed.
+    auto* browser = qobject_cast<AssetBrowser*>(m_window->browser());
+    QCOMPARE(browser->contentPane()->proxy()->rowCount(browser->contentPane()->listWidget()->listView()->rootIndex()), 5);
+    QVERIFY(!QImage(file).isNull());
+}
+
+QTEST_MAIN(TstHostJourneys)
+#include "tst_hostjourneys.moc"
