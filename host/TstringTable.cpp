@@ -127,6 +127,9 @@ const Entry englishTexts[] = {
      "Your settings file ^1s could not be opened. Settings start from their defaults and will not be saved in this "
      "session, so the file stays as it is."},
     {"kOrloHostOptionVarsWriteFailed", "Settings could not be saved to ^1s: ^2s"},
+    {"kOrloHostOptionVarsNotAFile",
+     "Your settings file ^1s is not a regular file, so it was left alone. Settings start from their defaults and "
+     "will not be saved in this session."},
 };
 
 QHash<QString, QString> builtInTable()
