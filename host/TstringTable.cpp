@@ -115,6 +115,10 @@ const Entry englishTexts[] = {
     {"kContentBrowserFavoritesNotAFile",
      "^1s is not a regular file, so it was left alone. Favorites start empty and are kept for this session only."},
 
+    // The browser's notices about the folder shown.
+    {"kContentBrowserFolderGone", "The folder ^1s no longer exists. Showing ^2s instead."},
+    {"kContentBrowserFolderUnreadable", "This folder cannot be read: you do not have permission to list it."},
+
     // The host's own messages.
     {"kOrloHostUnknownCommand", "Unknown command: ^1s"},
     {"kOrloHostEmptyCommand", "Empty command"},
