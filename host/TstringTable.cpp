@@ -112,6 +112,7 @@ const Entry englishTexts[] = {
     {"kContentBrowserFavoritesNotKeptAside",
      "Favorites could not be saved: your earlier favorites file ^1s could not be kept as ^2s, so it was not "
      "replaced. The change was undone."},
+    {"kContentBrowserFavoritesLocked", "another program keeps the file locked"},
     {"kContentBrowserFavoritesNotAFile",
      "^1s is not a regular file, so it was left alone. Favorites start empty and are kept for this session only."},
 

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QLockFile>
 #include <QStringDecoder>
 
 // The JSON parser pulls in the old bind header, which otherwise announces a deprecation.
@@ -30,6 +31,12 @@ const TstringId kFavoritesUnreadable("kContentBrowserFavoritesUnreadable");
 const TstringId kFavoritesNotSaved("kContentBrowserFavoritesNotSaved");
 const TstringId kFavoritesNotKeptAside("kContentBrowserFavoritesNotKeptAside");
 const TstringId kFavoritesNotAFile("kContentBrowserFavoritesNotAFile");
+const TstringId kFavoritesLocked("kContentBrowserFavoritesLocked");
+
+// A lock older than this is taken for one left by a host that died while writing.
+constexpr int kStaleLockMs = 10000;
+// Writing favorites takes milliseconds; a lock held longer belongs to a host that hangs.
+constexpr int kLockWaitMs = 2000;
 
 // Far beyond any favorites file, and still a size that can be copied aside in memory.
 constexpr qint64 kMaxAsideSize = qint64(1) << 30;
@@ -277,16 +284,81 @@ bool TfavoritesFile::write(const Tree& favorites)
         m_favorites = std::move(sorted);
         return true;
     }
+
+    // Another host on the same preference folder may have written since this one read: the
+    // file is read again under the lock, and only this process's change is applied to it.
+    QLockFile lock(m_location + QStringLiteral(".lock"));
+    lock.setStaleLockTime(kStaleLockMs);
+    if (!lock.tryLock(kLockWaitMs)) {
+        tell(kFavoritesNotSaved, {shown(m_location), kFavoritesLocked.asQString()});
+        return false;
+    }
+    Tree onDisk = m_favorites;
+    QList<Member> otherMembers = m_otherMembers;
+    if (!m_keepAsidePending) {
+        const TsafeFile::ReadResult file = TsafeFile::read(m_location, kMaxFileSize);
+        std::optional<Contents> parsed;
+        if (file.status == TsafeFile::Status::Ok && !file.bytes.isEmpty())
+            parsed = parseFile(file.bytes);
+        if (parsed) {
+            onDisk = std::move(parsed->favorites);
+            sortByKey(onDisk);
+            otherMembers = std::move(parsed->otherMembers);
+        } else if (file.status != TsafeFile::Status::Missing && !(file.status == TsafeFile::Status::Ok && file.bytes.isEmpty())) {
+            // Replaced by something unreadable since: kept aside like an unreadable file at start.
+            m_keepAsidePath = asideName(m_location);
+            m_keepAsidePending = true;
+        }
+    }
     if (!keepUnreadableFileAside())
         return false;
 
+    Tree merged = entriesOf(onDisk) == entriesOf(m_favorites) ? sorted : mergedChange(onDisk, m_favorites, sorted);
     QString reason;
-    if (TsafeFile::replace(m_location, toJson(sorted, m_otherMembers), &reason) != TsafeFile::Status::Ok) {
+    if (TsafeFile::replace(m_location, toJson(merged, otherMembers), &reason) != TsafeFile::Status::Ok) {
         tell(kFavoritesNotSaved, {shown(m_location), reason});
         return false;
     }
-    m_favorites = std::move(sorted);
+    m_favorites = std::move(merged);
+    m_otherMembers = std::move(otherMembers);
     return true;
+}
+
+bool TfavoritesFile::reload()
+{
+    if (m_location.isEmpty() || m_keepAsidePending)
+        return false;
+    const TsafeFile::ReadResult file = TsafeFile::read(m_location, kMaxFileSize);
+    if (file.status != TsafeFile::Status::Ok || file.bytes.isEmpty())
+        return false;
+    std::optional<Contents> parsed = parseFile(file.bytes);
+    // Half-written by a program that does not replace it in one step, perhaps: the next
+    // change notice brings it whole.
+    if (!parsed)
+        return false;
+    sortByKey(parsed->favorites);
+    m_otherMembers = std::move(parsed->otherMembers);
+    if (entriesOf(parsed->favorites) == entriesOf(m_favorites))
+        return false;
+    m_favorites = std::move(parsed->favorites);
+    return true;
+}
+
+TfavoritesFile::Tree TfavoritesFile::mergedChange(const Tree& onDisk, const Tree& before, const Tree& after)
+{
+    QList<Entry> removed = entriesOf(before);
+    QList<Entry> added;
+    for (const Entry& entry : entriesOf(after)) {
+        if (!removed.removeOne(entry))
+            added.append(entry);
+    }
+    Tree merged = onDisk;
+    for (const Entry& entry : std::as_const(removed))
+        eraseEntry(merged, entry.folder, entry.path);
+    for (const Entry& entry : std::as_const(added))
+        addEntry(merged, entry.folder, entry.path);
+    sortByKey(merged);
+    return merged;
 }
 
 bool TfavoritesFile::keepUnreadableFileAside()

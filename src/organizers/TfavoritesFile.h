@@ -69,7 +69,21 @@ public:
     // Sorts favorites and replaces the file with them; on success they become the favorites
     // in memory. On failure the user is told and the file and the favorites in memory stay as
     // they were. Without a preference directory the favorites are taken as they are.
+    //
+    // Several hosts may share the file: the write takes a lock beside it (favs.json.lock),
+    // reads the file again, and when another process changed it since it was last read or
+    // written here, applies only the difference between the favorites in memory and
+    // favorites to it; the favorites in memory are then that merged result, which may differ
+    // from favorites.
     bool write(const Tree& favorites);
+
+    // Reads the file again after another process changed it. Returns whether the favorites
+    // in memory changed; a file that cannot be read now changes nothing.
+    bool reload();
+
+    // onDisk with the change from before to after applied: the entries only before holds are
+    // erased from it, those only after holds are added (unless their path is there already).
+    static Tree mergedChange(const Tree& onDisk, const Tree& before, const Tree& after);
 
     // Where an unreadable file is copied before the first write; empty when there is none.
     QString keptAsidePath() const { return m_keepAsidePath; }

@@ -21,6 +21,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
+#include <QFileSystemWatcher>
 #include <QHash>
 #include <QItemSelectionModel>
 #include <QMenu>
@@ -238,7 +239,92 @@ QToolButton* TfavoritesOrganizer::addToolButton(const QString& image, const QStr
 void TfavoritesOrganizer::buildFromFile()
 {
     m_file->read();
+    buildModel();
 
+    // Another host sharing the preference folder may change the file; the tree follows.
+    const QString location = m_file->location();
+    if (location.isEmpty() || !QFileInfo(QFileInfo(location).absolutePath()).isDir())
+        return;
+    m_fileWatcher = new QFileSystemWatcher(this);
+    m_fileWatcher->addPath(QFileInfo(location).absolutePath());
+    if (QFileInfo(location).isFile())
+        m_fileWatcher->addPath(location);
+    connect(m_fileWatcher, &QFileSystemWatcher::directoryChanged, this, &TfavoritesOrganizer::fileChangedOnDisk,
+            Qt::QueuedConnection);
+    connect(m_fileWatcher, &QFileSystemWatcher::fileChanged, this, &TfavoritesOrganizer::fileChangedOnDisk,
+            Qt::QueuedConnection);
+}
+
+void TfavoritesOrganizer::fileChangedOnDisk()
+{
+    const QString location = m_file->location();
+    // A file replaced in one step is a new file, no longer watched.
+    if (!m_fileWatcher->files().contains(location) && QFileInfo(location).isFile())
+        m_fileWatcher->addPath(location);
+    if (m_file->reload())
+        rebuildKeepingView();
+}
+
+bool TfavoritesOrganizer::writeFavorites(const TfavoritesFile::Tree& favorites)
+{
+    if (!m_file->write(favorites))
+        return false;
+    TfavoritesFile::Tree wanted = favorites;
+    TfavoritesFile::sortByKey(wanted);
+    // Merged with another host's change: the tree shows the merged favorites once the caller
+    // has made its own change to it.
+    if (m_file->entries() != TfavoritesFile::entriesOf(wanted) && !m_rebuildScheduled) {
+        m_rebuildScheduled = true;
+        QMetaObject::invokeMethod(this, [this] {
+            m_rebuildScheduled = false;
+            rebuildKeepingView();
+        }, Qt::QueuedConnection);
+    }
+    return true;
+}
+
+void TfavoritesOrganizer::rebuildKeepingView()
+{
+    // The name being edited is written when the editor closes, merged with what changed.
+    if (m_naming.index.isValid())
+        return;
+    QSet<QString> selectedPaths;
+    QSet<QString> selectedFolders;
+    for (const QModelIndex& index : m_view->selectionModel()->selectedRows()) {
+        const QStandardItem* item = m_model->itemFromIndex(index);
+        if (isFavoriteFolder(item))
+            selectedFolders.insert(item->text());
+        else if (item)
+            selectedPaths.insert(item->data(PathRole).toString());
+    }
+    QSet<QString> expanded;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const QStandardItem* item = m_model->item(row);
+        if (isFavoriteFolder(item) && m_view->isExpanded(item->index()))
+            expanded.insert(item->text());
+    }
+
+    m_model->removeRows(0, m_model->rowCount());
+    buildModel();
+
+    QItemSelectionModel* selection = m_view->selectionModel();
+    const auto keep = [&](const QStandardItem* item) {
+        const bool folder = isFavoriteFolder(item);
+        if (folder ? selectedFolders.contains(item->text()) : selectedPaths.contains(item->data(PathRole).toString()))
+            selection->select(item->index(), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    };
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const QStandardItem* item = m_model->item(row);
+        keep(item);
+        if (isFavoriteFolder(item) && expanded.contains(item->text()))
+            m_view->expand(item->index());
+        for (int child = 0; child < item->rowCount(); ++child)
+            keep(item->child(child));
+    }
+}
+
+void TfavoritesOrganizer::buildModel()
+{
     QStandardItem* root = m_model->invisibleRootItem();
     QSet<QString> topLevelPaths;
     QHash<QString, QStandardItem*> firstFolderNamed;
@@ -359,7 +445,7 @@ void TfavoritesOrganizer::addPathToFavorites(const QStringList& paths)
         if (TfavoritesFile::addEntry(favorites, QString(), path))
             added.append(path);
     }
-    if (added.isEmpty() || !m_file->write(favorites))
+    if (added.isEmpty() || !writeFavorites(favorites))
         return;
     for (const QString& path : std::as_const(added))
         m_model->appendRow(makeLocationItem(path));
@@ -464,7 +550,7 @@ bool TfavoritesOrganizer::writeModelBack()
                 TfavoritesFile::addEntry(favorites, item->text(), item->child(childRow)->data(PathRole).toString());
         }
     }
-    if (m_file->write(favorites))
+    if (writeFavorites(favorites))
         return true;
 
     // Not written: the tree shows what the file and the favorites in memory still hold.
@@ -526,7 +612,7 @@ void TfavoritesOrganizer::removeSelectedFavorite()
             emptied.append(it.key());
         }
     }
-    if (!m_file->write(favorites))
+    if (!writeFavorites(favorites))
         return;
 
     for (QStandardItem* location : std::as_const(locations)) {

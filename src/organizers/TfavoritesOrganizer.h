@@ -13,6 +13,7 @@
 #include <memory>
 
 class QAction;
+class QFileSystemWatcher;
 class QMenu;
 class QMimeData;
 class QModelIndex;
@@ -141,6 +142,13 @@ private:
     };
 
     void buildFromFile();
+    void buildModel();
+    // Builds the tree again from the favorites in memory, keeping selection and open folders.
+    void rebuildKeepingView();
+    void fileChangedOnDisk();
+    // Writes favorites; when the file held another host's change, the tree is rebuilt from the
+    // merged favorites after the caller's own update.
+    bool writeFavorites(const TfavoritesFile::Tree& favorites);
     QStandardItem* makeLocationItem(const QString& path) const;
     QStandardItem* makeFolderItem(const QString& name) const;
     bool isFavoriteFolder(const QStandardItem* item) const;
@@ -173,6 +181,8 @@ private:
     QIcon m_locationFolderIcon;
     QString m_lastFolder;
     FolderBeingNamed m_naming;
+    QFileSystemWatcher* m_fileWatcher = nullptr;
+    bool m_rebuildScheduled = false;
     QPointer<TpathSelector> m_pathSelector;
     bool m_optionsConfirmed = false;
 };

@@ -109,6 +109,9 @@ private Q_SLOTS:
     void failedWriteLeavesDiskAndMemory_data();
     void failedWriteLeavesDiskAndMemory();
     void withoutPreferenceDirNothingIsTouched();
+    void twoHostsMergeTheirChanges_data();
+    void twoHostsMergeTheirChanges();
+    void twoProcessesLoseNothing();
 
 private:
     QString m_dir;
@@ -513,6 +516,101 @@ void TestFavoritesFile::withoutPreferenceDirNothingIsTouched()
     QVERIFY(shownErrors().isEmpty());
 }
 
+void TestFavoritesFile::twoHostsMergeTheirChanges_data()
+{
+    QTest::addColumn<Entries>("start");
+    QTest::addColumn<Entries>("first");
+    QTest::addColumn<Entries>("second");
+    QTest::addColumn<Entries>("expected");
+
+    const Entries start = entries({"", "/a", "F", "/f1", "F", "/f2"});
+    QTest::newRow("both add") << start << start + entries({"", "/one"}) << start + entries({"G", "/two"})
+                              << entries({"", "/a", "", "/one", "F", "/f1", "F", "/f2", "G", "/two"});
+    QTest::newRow("one removes, the other adds")
+        << start << entries({"F", "/f1", "F", "/f2"}) << start + entries({"", "/b"})
+        << entries({"", "/b", "F", "/f1", "F", "/f2"});
+    QTest::newRow("both add the same path") << start << start + entries({"", "/same"})
+                                            << start + entries({"", "/same"})
+                                            << entries({"", "/a", "", "/same", "F", "/f1", "F", "/f2"});
+    QTest::newRow("one renames a folder, the other adds to another")
+        << start << entries({"", "/a", "Renamed", "/f1", "Renamed", "/f2"}) << start + entries({"H", "/h"})
+        << entries({"", "/a", "H", "/h", "Renamed", "/f1", "Renamed", "/f2"});
+    QTest::newRow("both remove the same") << start << entries({"", "/a", "F", "/f2"}) << entries({"", "/a", "F", "/f2"})
+                                          << entries({"", "/a", "F", "/f2"});
+}
+
+void TestFavoritesFile::twoHostsMergeTheirChanges()
+{
+    QFETCH(Entries, start);
+    QFETCH(Entries, first);
+    QFETCH(Entries, second);
+    QFETCH(Entries, expected);
+
+    TfavoritesFile seed(m_dir);
+    QVERIFY(seed.write(TfavoritesFile::treeOf(start)));
+    TfavoritesFile one(m_dir);
+    TfavoritesFile two(m_dir);
+    QCOMPARE(one.read(), TfavoritesFile::ReadResult::Read);
+    QCOMPARE(two.read(), TfavoritesFile::ReadResult::Read);
+
+    QVERIFY(one.write(TfavoritesFile::treeOf(first)));
+    // The second host never saw the first one's change; writing its own keeps both.
+    QVERIFY(two.write(TfavoritesFile::treeOf(second)));
+    QVERIFY2(two.entries() == expected, qPrintable(describe(two.entries())));
+    const bool changes = one.entries() != expected;
+    QCOMPARE(one.reload(), changes);
+    QVERIFY2(one.entries() == expected, qPrintable(describe(one.entries())));
+    TfavoritesFile again(m_dir);
+    QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
+    QVERIFY2(again.entries() == expected, qPrintable(describe(again.entries())));
+    QVERIFY(shownErrors().isEmpty());
+    QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
+}
+
+void TestFavoritesFile::twoProcessesLoseNothing()
+{
+    constexpr int count = 60;
+    TfavoritesFile file(m_dir);
+    QCOMPARE(file.read(), TfavoritesFile::ReadResult::NoFile);
+    QProcess child;
+    child.setProcessChannelMode(QProcess::ForwardedChannels);
+    child.start(QCoreApplication::applicationFilePath(),
+                {QStringLiteral("--favorites-child"), m_dir, QString::number(count)});
+    QVERIFY(child.waitForStarted());
+    // Both add in turn, each favorite in a write of its own.
+    for (int i = 0; i < count; ++i) {
+        TfavoritesFile::Tree favorites = file.favorites();
+        TfavoritesFile::addEntry(favorites, QStringLiteral("Parent"), QStringLiteral("/parent/%1").arg(i));
+        QVERIFY(file.write(favorites));
+    }
+    QVERIFY(child.waitForFinished(60000));
+    QCOMPARE(child.exitCode(), 0);
+
+    TfavoritesFile again(m_dir);
+    QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
+    QCOMPARE(again.entries().size(), 2 * count);
+    for (int i = 0; i < count; ++i) {
+        QVERIFY2(TfavoritesFile::containsPath(again.favorites(), QStringLiteral("/parent/%1").arg(i)), qPrintable(QString::number(i)));
+        QVERIFY2(TfavoritesFile::containsPath(again.favorites(), QStringLiteral("/child/%1").arg(i)), qPrintable(QString::number(i)));
+    }
+    QVERIFY(shownErrors().isEmpty());
+}
+
+// The other host of twoProcessesLoseNothing.
+static int favoritesChild(const QString& dir, int count)
+{
+    TfreshHostState host;
+    TfavoritesFile file(dir);
+    file.read();
+    for (int i = 0; i < count; ++i) {
+        TfavoritesFile::Tree favorites = file.favorites();
+        TfavoritesFile::addEntry(favorites, QString(), QStringLiteral("/child/%1").arg(i));
+        if (!file.write(favorites))
+            return 2;
+    }
+    return shownErrors().isEmpty() ? 0 : 3;
+}
+
 #ifdef Q_OS_UNIX
 // The child of the FIFO case: favs.json is a FIFO; reading and writing favorites must neither
 // block nor replace it.
@@ -541,6 +639,8 @@ int main(int argc, char** argv)
     if (argc == 3 && qstrcmp(argv[1], "--fifo-child") == 0)
         return fifoChild(QString::fromLocal8Bit(argv[2]));
 #endif
+    if (argc == 4 && qstrcmp(argv[1], "--favorites-child") == 0)
+        return favoritesChild(QString::fromLocal8Bit(argv[2]), QByteArray(argv[3]).toInt());
     TestFavoritesFile test;
     return QTest::qExec(&test, argc, argv);
 }
