@@ -15,6 +15,7 @@
 #include "TstringFormat.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QDataStream>
 #include <QDir>
 #include <QDrag>
@@ -25,6 +26,8 @@
 #include <QHash>
 #include <QItemSelectionModel>
 #include <QMenu>
+#include <QPointer>
+#include <QThreadPool>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QRegularExpression>
@@ -325,6 +328,12 @@ void TfavoritesOrganizer::rebuildKeepingView()
 
 void TfavoritesOrganizer::buildModel()
 {
+    QStringList paths;
+    for (const TfavoritesFile::Entry& entry : m_file->entries()) {
+        if (!entry.path.isEmpty())
+            paths.append(entry.path);
+    }
+    resolveLocationIcons(paths);
     QStandardItem* root = m_model->invisibleRootItem();
     QSet<QString> topLevelPaths;
     QHash<QString, QStandardItem*> firstFolderNamed;
@@ -363,14 +372,12 @@ void TfavoritesOrganizer::buildModel()
 
 QStandardItem* TfavoritesOrganizer::makeLocationItem(const QString& path) const
 {
-    const QFileInfo info(path);
     QString text = QFileInfo(QDir::cleanPath(path)).fileName();
     if (text.isEmpty())
         text = path;
-    QIcon icon = m_locationFolderIcon;
-    if (!info.isDir())
-        icon = info.exists() ? m_iconProvider->icon(info) : m_iconProvider->icon(QAbstractFileIconProvider::File);
-    auto* item = new QStandardItem(icon, text);
+    // Most favorites are folders; whether this one is, is found out in the background
+    // (resolveLocationIcons), so that a slow or absent disk never holds the tree back.
+    auto* item = new QStandardItem(m_locationFolderIcon, text);
     item->setData(path, PathRole);
     item->setToolTip(QDir::toNativeSeparators(path));
     item->setEditable(false);
@@ -449,6 +456,54 @@ void TfavoritesOrganizer::addPathToFavorites(const QStringList& paths)
         return;
     for (const QString& path : std::as_const(added))
         m_model->appendRow(makeLocationItem(path));
+    resolveLocationIcons(added);
+}
+
+void TfavoritesOrganizer::resolveLocationIcons(const QStringList& paths)
+{
+    if (paths.isEmpty())
+        return;
+    QPointer<TfavoritesOrganizer> self(this);
+    QThreadPool::globalInstance()->start([self, paths] {
+        QList<QPair<QString, LocationKind>> kinds;
+        kinds.reserve(paths.size());
+        for (const QString& path : paths) {
+            const QFileInfo info(path);
+            kinds.append({path, info.isDir()   ? LocationKind::Folder
+                                : info.exists() ? LocationKind::File
+                                                : LocationKind::Missing});
+        }
+        if (QCoreApplication* app = QCoreApplication::instance()) {
+            QMetaObject::invokeMethod(app, [self, kinds] {
+                if (self)
+                    self->applyLocationIcons(kinds);
+            }, Qt::QueuedConnection);
+        }
+    });
+}
+
+void TfavoritesOrganizer::applyLocationIcons(const QList<QPair<QString, LocationKind>>& kinds)
+{
+    QHash<QString, LocationKind> byPath;
+    for (const auto& [path, kind] : kinds)
+        byPath.insert(path, kind);
+    const auto apply = [&](QStandardItem* item) {
+        const auto it = byPath.constFind(item->data(PathRole).toString());
+        if (it == byPath.constEnd() || it.value() == LocationKind::Folder)
+            return;
+        item->setIcon(it.value() == LocationKind::File ? m_iconProvider->icon(QFileInfo(it.key()))
+                                                       : m_iconProvider->icon(QAbstractFileIconProvider::File));
+    };
+    // The tree may have changed meanwhile: items are found by their path.
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        QStandardItem* item = m_model->item(row);
+        if (!isFavoriteFolder(item)) {
+            apply(item);
+            continue;
+        }
+        for (int child = 0; child < item->rowCount(); ++child)
+            apply(item->child(child));
+    }
 }
 
 void TfavoritesOrganizer::addFavLocationItem(const QString& path)

@@ -135,6 +135,7 @@ private Q_SLOTS:
     void failedWritesChangeNothing();
     void unreadableFileStartsEmptyAndIsKept();
     void anotherHostsChangesAppear();
+    void locationIconsFollowInTheBackground();
     void fileCommands_data();
     void fileCommands();
 
@@ -231,6 +232,20 @@ void TestFavoritesOrganizer::anotherHostsChangesAppear()
     for (const char* name : {"Props", "Models", "Lights", "Work", "Textures"})
         QVERIFY2(TfavoritesFile::containsPath(again.favorites(), path(name)), name);
     QCOMPARE(again.entries().size(), 5);
+}
+
+void TestFavoritesOrganizer::locationIconsFollowInTheBackground()
+{
+    writeFile({"", "$C/Scenes", "", "$C/Scenes/hero.ma", "Group", "$C/gone.ma"});
+    organizer();
+    const qint64 folderIcon = itemNamed("Scenes")->icon().cacheKey();
+    // Files get icons of their own; a location that is gone shows a plain file.
+    QTRY_VERIFY(itemNamed("hero.ma")->icon().cacheKey() != folderIcon);
+    QTRY_VERIFY(itemNamed("gone.ma")->icon().cacheKey() != folderIcon);
+    QCOMPARE(itemNamed("Scenes")->icon().cacheKey(), folderIcon);
+
+    organizer()->addPathToFavorites({path("Scenes/notes.txt")});
+    QTRY_VERIFY(itemNamed("notes.txt")->icon().cacheKey() != folderIcon);
 }
 
 TfavoritesOrganizer* TestFavoritesOrganizer::organizer()
