@@ -152,7 +152,7 @@ bool makeTree(const QString& root, int files, int sibling)
                      QStringLiteral("{\"favorites\": {%1}}").arg(favorites.join(", ")).toUtf8());
 }
 
-int measure(const QString& root, int limitMs)
+int measure(const QString& root, int expected, int limitMs)
 {
     const QString slow = root + "/slow";
     const QString scenes = slow + "/scenes";
@@ -184,7 +184,6 @@ int measure(const QString& root, int limitMs)
 
     ThumbnailPane* pane = browser->contentPane();
     QAbstractItemView* view = pane->listWidget()->listView();
-    const int expected = int(QDir(scenes).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size());
 
     meter.reset();
     pane->setListViewRootIndex(scenes);
@@ -238,12 +237,13 @@ int main(int argc, char** argv)
     const QCommandLineOption siblingOption("sibling", "Files in the folder beside it (5000).", "N", "5000");
     const QCommandLineOption limitOption("limit", "Time limit of each step, in s (60).", "S", "60");
     const QCommandLineOption childOption("measure", "Internal: measure over ROOT.", "ROOT");
-    parser.addOptions({delayOption, filesOption, siblingOption, limitOption, childOption});
+    const QCommandLineOption expectOption("expect", "Internal: entries of the folder opened.", "N");
+    parser.addOptions({delayOption, filesOption, siblingOption, limitOption, childOption, expectOption});
     parser.process(app);
 
     const int limitMs = parser.value(limitOption).toInt() * 1000;
     if (parser.isSet(childOption))
-        return measure(parser.value(childOption), limitMs);
+        return measure(parser.value(childOption), parser.value(expectOption).toInt(), limitMs);
 
     QTemporaryDir temp;
     if (!temp.isValid() || !makeTree(temp.path(), parser.value(filesOption).toInt(), parser.value(siblingOption).toInt())) {
@@ -261,7 +261,10 @@ int main(int argc, char** argv)
     environment.insert("ORLO_SLOW_DELAY_MS", parser.value(delayOption));
     child.setProcessEnvironment(environment);
     child.setProcessChannelMode(QProcess::ForwardedChannels);
-    QStringList arguments = {"--measure", temp.path(), "--limit", parser.value(limitOption)};
+    // Counted here, at full speed: the measuring process waits for that many rows.
+    const int expected = int(QDir(temp.path() + "/slow/scenes").entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size());
+    QStringList arguments = {"--measure", temp.path(), "--limit", parser.value(limitOption), "--expect",
+                             QString::number(expected)};
     child.start(QCoreApplication::applicationFilePath(), arguments);
     if (!child.waitForStarted() || !child.waitForFinished(-1))
         return 1;

@@ -484,6 +484,7 @@ struct Store
             return;
 
         const QString path = filePath();
+        removeLeftovers(path);
         const TsafeFile::ReadResult file = TsafeFile::read(path, kMaxStoreSize);
         if (file.status == TsafeFile::Status::Missing) {
             watch();
@@ -515,6 +516,20 @@ struct Store
             persistent = false;
             showError("kOrloHostOptionVarsNotMoved", {QDir::toNativeSeparators(path)});
         }
+    }
+
+    // A writer killed half-way leaves its temporary file; while the lock is free no one is
+    // writing one.
+    static void removeLeftovers(const QString& path)
+    {
+        QLockFile lock(path + QStringLiteral(".lock"));
+        lock.setStaleLockTime(10000);
+        if (!lock.tryLock(0))
+            return;
+        const QFileInfo info(path);
+        const QDir dir = info.absoluteDir();
+        for (const QString& name : dir.entryList({info.fileName() + QStringLiteral(".new-*")}, QDir::Files | QDir::Hidden))
+            QFile::remove(dir.filePath(name));
     }
 
     // Another process's writes reach this one through the folder (a replaced file is a new one).

@@ -343,6 +343,27 @@ private Q_SLOTS:
         QVERIFY(m_errors.isEmpty());
     }
 
+    void killedWriterLeavesAWholeFile()
+    {
+        const QString path = QDir(m_dir->path()).filePath("optionVars.json");
+        QProcess child;
+        child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        child.start(QCoreApplication::applicationFilePath(),
+                    {QStringLiteral("--writer-child"), m_dir->path(), QStringLiteral("1000000")});
+        QVERIFY(child.waitForStarted());
+        // Killed at whatever point of a write it has reached once the store has grown a little.
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path).size() > 4000, 30000);
+        child.kill();
+        QVERIFY(child.waitForFinished());
+
+        TprefOptionVar::setPreferenceDirectory(m_dir->path());
+        QVERIFY2(m_errors.isEmpty(), qPrintable(m_errors.join(u'|')));
+        QVERIFY(TprefOptionVar::keys().size() > 10);
+        QCOMPARE(TprefOptionVar::intValue("child0", -1), 0);
+        // Nothing half-written is left beside it.
+        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"optionVars.json"});
+    }
+
     void nonRegularStoreIsLeftAlone()
     {
 #ifndef Q_OS_UNIX
