@@ -118,6 +118,7 @@ const Entry englishTexts[] = {
 
     // The browser's notices about the folder shown.
     {"kContentBrowserFolderGone", "The folder ^1s no longer exists. Showing ^2s instead."},
+    {"kContentBrowserFileGone", "^1s no longer exists, so nothing was sent to the scene."},
     {"kContentBrowserFolderUnreadable", "This folder cannot be read: you do not have permission to list it."},
 
     // The host's own messages.

@@ -45,6 +45,16 @@ const char* const sculptingStampsMarker = "Sculpting_Stamps";
 
 const TstringId kFolderGone("kContentBrowserFolderGone");
 const TstringId kFolderUnreadable("kContentBrowserFolderUnreadable");
+const TstringId kFileGone("kContentBrowserFileGone");
+
+// A file removed since it was listed is not handed to the host; the user hears why.
+bool stillThere(const QString& path)
+{
+    if (QFileInfo::exists(path))
+        return true;
+    TcommandEngine::displayError(kFileGone.format({QDir::toNativeSeparators(path)}));
+    return false;
+}
 
 QAction* separator(QObject* parent)
 {
@@ -699,14 +709,14 @@ void ThumbnailPane::displayViewMenu(QPoint menuPos)
 void ThumbnailPane::importSysFile()
 {
     const QString path = currentPath();
-    if (!path.isEmpty())
+    if (!path.isEmpty() && stillThere(path))
         TscriptCommand::runDeferred(TscriptCommand::fileImport(path));
 }
 
 void ThumbnailPane::referenceSysFile()
 {
     const QString path = currentPath();
-    if (!path.isEmpty())
+    if (!path.isEmpty() && stillThere(path))
         TscriptCommand::runDeferred(TscriptCommand::fileReference(path));
 }
 
@@ -723,7 +733,7 @@ void ThumbnailPane::referenceSysFileWithImportOptions()
 void ThumbnailPane::runWithOptions(const QString& mode, bool reference)
 {
     const QString path = currentPath();
-    if (path.isEmpty())
+    if (path.isEmpty() || !stillThere(path))
         return;
     m_optionsConfirmed = false;
     QPointer<ThumbnailPane> self(this);

@@ -146,6 +146,7 @@ private Q_SLOTS:
     void folderRemovedWhileShown_data();
     void folderRemovedWhileShown();
     void unreadableFolderSaysSo();
+    void fileRemovedBeforeImportIsNotSent();
     void switchingViewsCarriesSearchAndRoot();
     void settingsMenuToggles();
 
@@ -644,6 +645,32 @@ void TestThumbnailPane::folderRemovedWhileShown()
     // The rows shown are those of the folder that exists.
     QTRY_COMPARE(m_pane->proxy()->rowCount(view()->rootIndex()),
                  int(QDir(nearest).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size()));
+}
+
+void TestThumbnailPane::fileRemovedBeforeImportIsNotSent()
+{
+    m_host->actionTexts = QStringList{rContentBrowserContextMenuImportVelaFile.asQString(),
+                                      rContentBrowserContextMenuReferenceVelaFile.asQString()};
+    makePane();
+    show(m_dir->path());
+    for (const bool reference : {false, true}) {
+        const QString file = make(QStringLiteral("brief.vela"));
+        QVERIFY(!file.isEmpty());
+        QTRY_VERIFY(m_pane->fileModel()->index(file).isValid() && view()->visualRect(m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file))).isValid());
+        QMenu* menu = menuAt(centreOf(QStringLiteral("brief.vela")));
+        QVERIFY(menu);
+        // Gone while the menu was open.
+        QVERIFY(QFile::remove(file));
+        TcommandEngine::clearRecord();
+        clickEntry(menu, menu->actions().at(reference ? 1 : 0));
+        QCoreApplication::processEvents();
+        QStringList errors;
+        for (const TcommandRecord& entry : TcommandEngine::record()) {
+            QVERIFY2(entry.kind == TcommandRecord::Kind::Error, qPrintable(entry.command));
+            errors << entry.answer;
+        }
+        QCOMPARE(errors, QStringList{TstringId("kContentBrowserFileGone").format({QDir::toNativeSeparators(file)}).toQString()});
+    }
 }
 
 void TestThumbnailPane::unreadableFolderSaysSo()
