@@ -547,6 +547,15 @@ struct Store
             watcher->addPath(filePath());
         QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, watcher.get(),
                          [] { store().flush(); });
+        // The watcher belongs to the application's event loop: it goes with the application.
+        static bool routineAdded = false;
+        if (!routineAdded) {
+            routineAdded = true;
+            qAddPostRoutine([] {
+                store().flush();
+                store().watcher.reset();
+            });
+        }
     }
 
     void reload()
