@@ -40,8 +40,10 @@ ThostProjects::Project ThostProjects::readProject(const QString& root)
     Project project;
     project.root = canonical(root);
     project.name = QFileInfo(project.root).fileName();
-    QFile file(QDir(project.root).filePath(QLatin1String(kWorkspaceFile)));
-    if (file.open(QIODevice::ReadOnly)) {
+    // Only a regular file: opening a FIFO left in its place would wait for ever.
+    const QString workspace = QDir(project.root).filePath(QLatin1String(kWorkspaceFile));
+    QFile file(workspace);
+    if (QFileInfo(workspace).isFile() && file.open(QIODevice::ReadOnly)) {
         const QJsonObject object = QJsonDocument::fromJson(file.readAll()).object();
         const QString name = object.value(QLatin1String("name")).toString().trimmed();
         if (!name.isEmpty())

@@ -32,8 +32,9 @@ QString ThostSampleLibrary::find(const QString& appDir)
 
 bool ThostSampleLibrary::read(const QString& root)
 {
-    QFile file(QDir(root).filePath(QLatin1String(kManifest)));
-    if (!file.open(QIODevice::ReadOnly))
+    const QString manifestPath = QDir(root).filePath(QLatin1String(kManifest));
+    QFile file(manifestPath);
+    if (!QFileInfo(manifestPath).isFile() || !file.open(QIODevice::ReadOnly))
         return false;
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);

@@ -6,22 +6,33 @@
 #include "TstringFormat.h"
 #include "TstringTable.h"
 
+#include "TsafeFile.h"
+
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QFileSystemWatcher>
+#include <QHash>
+#include <QLockFile>
+#include <QMutex>
+#include <QThreadPool>
+#include <QWaitCondition>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QMap>
-#include <QSaveFile>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -202,6 +213,225 @@ void showError(const char* key, std::initializer_list<TformatArg> args)
     TcommandEngine::displayError(Tstring(TstringFormat(TstringTable::text(QString::fromLatin1(key)), args)));
 }
 
+bool sameVariable(const Variable& a, const Variable& b)
+{
+    return a.type == b.type && a.category == b.category && a.integer == b.integer && a.integers == b.integers
+           && a.string == b.string && a.strings == b.strings;
+}
+
+QByteArray serialize(const QMap<QString, Variable>& variables)
+{
+    QJsonObject objects;
+    for (auto it = variables.constBegin(); it != variables.constEnd(); ++it)
+        objects.insert(it.key(), toJson(it.value()));
+    QJsonObject root;
+    root.insert(versionKey, fileVersion);
+    root.insert(variablesKey, objects);
+    return QJsonDocument(root).toJson(QJsonDocument::Indented);
+}
+
+// Far beyond any settings file; refusing larger ones keeps one bad file from stalling the host.
+constexpr qint64 kMaxStoreSize = qint64(256) << 20;
+
+// A change this process made: the new variable, or nothing for a removal.
+using Changes = QMap<QString, std::optional<Variable>>;
+
+// What the writer thread is asked to do: bring the file up to date with this process's
+// changes (none for a plain reload) and report what other processes changed.
+struct Job
+{
+    QString path;
+    Changes changes;
+    // The store as it stood when the job was made, and the change serial it had reached.
+    QMap<QString, Variable> snapshot;
+    quint64 serial = 0;
+};
+
+struct Outcome
+{
+    QString path;
+    // Variables other processes set (a value) or removed (nothing) since the snapshot.
+    Changes foreign;
+    quint64 serial = 0;
+    bool failed = false;
+    bool wrote = false;
+    QString reason;
+};
+
+// The one thread that touches optionVars.json after loading. Jobs are merged while one runs,
+// so a burst of changes costs one write; its memory is bounded by one store snapshot in flight
+// and one waiting. Results go back to the GUI thread as queued calls.
+class Writer
+{
+public:
+    Writer() { m_pool.setMaxThreadCount(1); }
+    ~Writer() { waitIdle(); }
+
+    void submit(Job job)
+    {
+        const QMutexLocker locker(&m_mutex);
+        if (m_pending && m_pending->path == job.path) {
+            for (auto it = job.changes.constBegin(); it != job.changes.constEnd(); ++it)
+                m_pending->changes.insert(it.key(), it.value());
+            m_pending->snapshot = std::move(job.snapshot);
+            m_pending->serial = job.serial;
+        } else {
+            m_pending = std::move(job);
+        }
+        if (!m_running) {
+            m_running = true;
+            m_pool.start([this] { run(); });
+        }
+    }
+
+    void waitIdle()
+    {
+        QMutexLocker locker(&m_mutex);
+        while (m_running)
+            m_idle.wait(&m_mutex);
+    }
+
+    // Outcomes not yet applied, oldest first.
+    std::vector<Outcome> takeOutcomes()
+    {
+        const QMutexLocker locker(&m_mutex);
+        return std::exchange(m_outcomes, {});
+    }
+
+    // Changes that failed to reach the file are tried again with the next job.
+    void forgetUnsaved()
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_unsaved.clear();
+    }
+
+    std::function<void()> outcomeReady;
+
+    static Outcome execute(const Job& job);
+
+private:
+    void run()
+    {
+        for (;;) {
+            std::optional<Job> job;
+            Changes unsaved;
+            {
+                QMutexLocker locker(&m_mutex);
+                if (!m_pending) {
+                    m_running = false;
+                    m_idle.wakeAll();
+                    return;
+                }
+                job = std::exchange(m_pending, std::nullopt);
+                unsaved = m_unsaved;
+            }
+            for (auto it = job->changes.constBegin(); it != job->changes.constEnd(); ++it)
+                unsaved.insert(it.key(), it.value());
+            job->changes = unsaved;
+            Outcome outcome = execute(*job);
+            {
+                const QMutexLocker locker(&m_mutex);
+                if (outcome.failed)
+                    m_unsaved = job->changes;
+                else
+                    m_unsaved.clear();
+                m_outcomes.push_back(std::move(outcome));
+            }
+            if (outcomeReady)
+                outcomeReady();
+        }
+    }
+
+    QMutex m_mutex;
+    QWaitCondition m_idle;
+    bool m_running = false;
+    std::optional<Job> m_pending;
+    Changes m_unsaved;
+    std::vector<Outcome> m_outcomes;
+    QThreadPool m_pool;
+};
+
+Outcome Writer::execute(const Job& job)
+{
+    Outcome outcome;
+    outcome.path = job.path;
+    outcome.serial = job.serial;
+    const auto failure = [&outcome](const QString& reason) {
+        outcome.failed = true;
+        outcome.reason = reason;
+        return outcome;
+    };
+
+    // Other processes on the same preference folder take turns: each reads the file again
+    // under the lock and writes only its own changes into it.
+    std::unique_ptr<QLockFile> lock;
+    if (!job.changes.isEmpty()) {
+        if (!QDir().mkpath(QFileInfo(job.path).absolutePath()))
+            return failure(QStringLiteral("the folder cannot be created"));
+        lock = std::make_unique<QLockFile>(job.path + QStringLiteral(".lock"));
+        lock->setStaleLockTime(10000);
+        if (!lock->tryLock(10000))
+            return failure(QStringLiteral("another program keeps it locked"));
+    }
+
+    QMap<QString, Variable> disk;
+    const TsafeFile::ReadResult file = TsafeFile::read(job.path, kMaxStoreSize);
+    switch (file.status) {
+    case TsafeFile::Status::Ok: {
+        std::optional<QMap<QString, Variable>> parsed = parseStore(file.bytes);
+        if (parsed) {
+            disk = std::move(*parsed);
+        } else {
+            // Someone left something unreadable there: it is kept, and this process's
+            // view stands in for it.
+            if (job.changes.isEmpty() || !QFile::rename(job.path, asideName(job.path)))
+                return outcome;
+            disk = job.snapshot;
+        }
+        break;
+    }
+    case TsafeFile::Status::Missing:
+        // Nothing to reload from; a write starts from what this process knows.
+        if (job.changes.isEmpty())
+            return outcome;
+        disk = job.snapshot;
+        break;
+    case TsafeFile::Status::NotRegular:
+        return job.changes.isEmpty() ? outcome : failure(QStringLiteral("it is not a regular file"));
+    case TsafeFile::Status::TooLarge:
+    case TsafeFile::Status::Failed:
+        return job.changes.isEmpty() ? outcome : failure(file.error.isEmpty() ? QStringLiteral("it cannot be read") : file.error);
+    }
+
+    QMap<QString, Variable> merged = disk;
+    for (auto it = job.changes.constBegin(); it != job.changes.constEnd(); ++it) {
+        if (it.value())
+            merged.insert(it.key(), *it.value());
+        else
+            merged.remove(it.key());
+    }
+    if (!job.changes.isEmpty()) {
+        QString reason;
+        if (TsafeFile::replace(job.path, serialize(merged), &reason) != TsafeFile::Status::Ok)
+            return failure(reason);
+        outcome.wrote = true;
+    }
+
+    for (auto it = merged.constBegin(); it != merged.constEnd(); ++it) {
+        const auto known = job.snapshot.constFind(it.key());
+        if (known == job.snapshot.constEnd() || !sameVariable(*known, it.value()))
+            outcome.foreign.insert(it.key(), it.value());
+    }
+    for (auto it = job.snapshot.constBegin(); it != job.snapshot.constEnd(); ++it) {
+        if (!merged.contains(it.key()))
+            outcome.foreign.insert(it.key(), std::nullopt);
+    }
+    return outcome;
+}
+
+struct Store;
+Store& store();
+
 struct Store
 {
     QMap<QString, Variable> variables;
@@ -213,11 +443,40 @@ struct Store
     // Node-based, so a server stays put while a listener adds subscriptions to other keys.
     std::map<QString, std::unique_ptr<TclientServer>> listeners;
 
+    // Changes since the last job, and the serial of each key's latest local change: a value
+    // another process wrote never replaces a newer one of this process.
+    Changes unsubmitted;
+    QHash<QString, quint64> changedAt;
+    quint64 serial = 0;
+    bool submitScheduled = false;
+    std::unique_ptr<QFileSystemWatcher> watcher;
+    // Declared last, so it is destroyed (and has finished writing) before the rest.
+    Writer writer;
+
+    Store()
+    {
+        writer.outcomeReady = [] {
+            if (QCoreApplication* app = QCoreApplication::instance())
+                QMetaObject::invokeMethod(app, [] { store().applyOutcomes(); }, Qt::QueuedConnection);
+        };
+    }
+    // Changes still waiting for the event loop are written here, on the way out.
+    ~Store()
+    {
+        writer.waitIdle();
+        if (persistent && !unsubmitted.isEmpty())
+            Writer::execute(Job{filePath(), std::exchange(unsubmitted, {}), variables, serial});
+    }
+
     QString filePath() const { return directory.isEmpty() ? QString() : directory + u'/' + fileName; }
 
     void load(const QString& dir)
     {
+        flush();
+        watcher.reset();
+        writer.forgetUnsaved();
         variables.clear();
+        changedAt.clear();
         directory = dir;
         persistent = !dir.isEmpty();
         writeFailureShown = false;
@@ -225,51 +484,145 @@ struct Store
             return;
 
         const QString path = filePath();
-        if (!QFileInfo::exists(path))
+        removeLeftovers(path);
+        const TsafeFile::ReadResult file = TsafeFile::read(path, kMaxStoreSize);
+        if (file.status == TsafeFile::Status::Missing) {
+            watch();
             return;
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly)) {
+        }
+        if (file.status == TsafeFile::Status::NotRegular) {
+            persistent = false;
+            showError("kOrloHostOptionVarsNotAFile", {QDir::toNativeSeparators(path)});
+            return;
+        }
+        if (file.status == TsafeFile::Status::Failed) {
             persistent = false;
             showError("kOrloHostOptionVarsUnreadable", {QDir::toNativeSeparators(path)});
             return;
         }
-        const std::optional<QMap<QString, Variable>> parsed = parseStore(file.readAll());
-        file.close();
+        const std::optional<QMap<QString, Variable>> parsed =
+            file.status == TsafeFile::Status::Ok ? parseStore(file.bytes) : std::nullopt;
         if (parsed) {
             variables = *parsed;
+            watch();
             return;
         }
 
         const QString aside = asideName(path);
         if (QFile::rename(path, aside)) {
             showError("kOrloHostOptionVarsCorrupt", {QDir::toNativeSeparators(path), QDir::toNativeSeparators(aside)});
+            watch();
         } else {
             persistent = false;
             showError("kOrloHostOptionVarsNotMoved", {QDir::toNativeSeparators(path)});
         }
     }
 
-    void save()
+    // A writer killed half-way leaves its temporary file; while the lock is free no one is
+    // writing one.
+    static void removeLeftovers(const QString& path)
+    {
+        QLockFile lock(path + QStringLiteral(".lock"));
+        lock.setStaleLockTime(10000);
+        if (!lock.tryLock(0))
+            return;
+        const QFileInfo info(path);
+        const QDir dir = info.absoluteDir();
+        for (const QString& name : dir.entryList({info.fileName() + QStringLiteral(".new-*")}, QDir::Files | QDir::Hidden))
+            QFile::remove(dir.filePath(name));
+    }
+
+    // Another process's writes reach this one through the folder (a replaced file is a new one).
+    void watch()
+    {
+        if (!QCoreApplication::instance())
+            return;
+        watcher = std::make_unique<QFileSystemWatcher>();
+        QDir().mkpath(directory);
+        watcher->addPath(directory);
+        const auto reload = [](const QString&) { store().reload(); };
+        QObject::connect(watcher.get(), &QFileSystemWatcher::directoryChanged, reload);
+        QObject::connect(watcher.get(), &QFileSystemWatcher::fileChanged, reload);
+        if (QFileInfo::exists(filePath()))
+            watcher->addPath(filePath());
+        QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, watcher.get(),
+                         [] { store().flush(); });
+        // The watcher belongs to the application's event loop: it goes with the application.
+        static bool routineAdded = false;
+        if (!routineAdded) {
+            routineAdded = true;
+            qAddPostRoutine([] {
+                store().flush();
+                store().watcher.reset();
+            });
+        }
+    }
+
+    void reload()
     {
         if (!persistent)
             return;
-        QJsonObject objects;
-        for (auto it = variables.constBegin(); it != variables.constEnd(); ++it)
-            objects.insert(it.key(), toJson(it.value()));
-        QJsonObject root;
-        root.insert(versionKey, fileVersion);
-        root.insert(variablesKey, objects);
+        if (watcher && !watcher->files().contains(filePath()) && QFileInfo::exists(filePath()))
+            watcher->addPath(filePath());
+        writer.submit(Job{filePath(), {}, variables, serial});
+    }
 
-        const QString path = filePath();
-        const QByteArray data = QJsonDocument(root).toJson(QJsonDocument::Indented);
-        QSaveFile file(path);
-        const bool written = QDir().mkpath(directory) && file.open(QIODevice::WriteOnly)
-                             && file.write(data) == data.size() && file.commit();
-        if (written) {
-            writeFailureShown = false;
-        } else if (!writeFailureShown) {
-            writeFailureShown = true;
-            showError("kOrloHostOptionVarsWriteFailed", {QDir::toNativeSeparators(path), file.errorString()});
+    // Called after every change: the file is written once per pass of the event loop, on the
+    // writer thread.
+    void changed(const QString& key, std::optional<Variable> variable)
+    {
+        changedAt.insert(key, ++serial);
+        if (!persistent)
+            return;
+        unsubmitted.insert(key, std::move(variable));
+        if (submitScheduled)
+            return;
+        submitScheduled = true;
+        if (QCoreApplication* app = QCoreApplication::instance())
+            QMetaObject::invokeMethod(app, [] { store().submit(); }, Qt::QueuedConnection);
+        else
+            submit();
+    }
+
+    void submit()
+    {
+        submitScheduled = false;
+        if (unsubmitted.isEmpty() || !persistent)
+            return;
+        writer.submit(Job{filePath(), std::exchange(unsubmitted, {}), variables, serial});
+    }
+
+    void flush()
+    {
+        submit();
+        writer.waitIdle();
+        applyOutcomes();
+    }
+
+    void applyOutcomes()
+    {
+        for (Outcome& outcome : writer.takeOutcomes()) {
+            if (outcome.path != filePath())
+                continue;
+            if (outcome.failed) {
+                if (!writeFailureShown) {
+                    writeFailureShown = true;
+                    showError("kOrloHostOptionVarsWriteFailed", {QDir::toNativeSeparators(outcome.path), outcome.reason});
+                }
+                continue;
+            }
+            if (outcome.wrote)
+                writeFailureShown = false;
+            for (auto it = outcome.foreign.constBegin(); it != outcome.foreign.constEnd(); ++it) {
+                if (changedAt.value(it.key()) > outcome.serial)
+                    continue;
+                if (it.value()) {
+                    variables.insert(it.key(), *it.value());
+                    notify(it.key(), "changed");
+                } else if (variables.remove(it.key()) > 0) {
+                    notify(it.key(), "removed");
+                }
+            }
         }
     }
 
@@ -299,7 +652,7 @@ struct Store
         else
             variable.category = variables.value(name).category;
         variables.insert(name, variable);
-        save();
+        changed(name, variable);
         notify(name, "changed");
         return true;
     }
@@ -453,7 +806,7 @@ bool TprefOptionVar::removeOptionVar(const Tstring& key)
     const QString name = key.toQString();
     if (s.variables.remove(name) == 0)
         return false;
-    s.save();
+    s.changed(name, std::nullopt);
     s.notify(name, "removed");
     return true;
 }
@@ -501,6 +854,11 @@ QString TprefOptionVar::preferenceDirectory()
 QString TprefOptionVar::storeFilePath()
 {
     return store().filePath();
+}
+
+void TprefOptionVar::flush()
+{
+    store().flush();
 }
 
 void TprefOptionVar::resetForTesting()

@@ -13,16 +13,24 @@
 /// category. A variable holds one of an integer, an integer array, a string or a
 /// string array; writing a value of another type replaces the variable.
 ///
-/// Persistence: once the host has set a preference directory, the whole store is
-/// written to optionVars.json in it after every change, through a temporary file that
-/// replaces the old one in a single step, so a crash leaves either the old or the new
-/// file, never half of one. Without a preference directory nothing is written.
+/// Persistence: once the host has set a preference directory, changes are written to
+/// optionVars.json in it. All changes made within one pass of the event loop are written
+/// once, on a writer thread, so the GUI thread never waits for the disk. Each write locks
+/// the file (a QLockFile beside it), reads it again, applies only this process's changes,
+/// and replaces it through a flushed and synced temporary file, so two hosts sharing a
+/// preference directory lose nothing of each other's, and a crash or kill leaves either the
+/// old or the new file, never half of one. A failed write keeps the values in memory, is
+/// tried again with the next change, and is reported once through the error display.
+/// Changes that another process writes to the file are loaded (listeners are called for
+/// them), except where this process has changed the variable since. Without a preference
+/// directory nothing is written.
 ///
 /// Listeners: a client added for a key is called after every set and every removal of
 /// that variable (also when a set writes the value it already had). Its message is
 /// named after the key, with the detail "changed" or "removed".
 ///
-/// Keys are case-sensitive; the empty key is never a variable. GUI thread only.
+/// Keys are case-sensitive; the empty key is never a variable. GUI thread only (the writer
+/// thread is the store's own).
 class ORLOHOST_EXPORT TprefOptionVar
 {
 public:
@@ -73,6 +81,8 @@ public:
     /// what its optionVars.json holds (an empty store when there is no such file).
     /// Listeners are not called for the replaced values.
     ///
+    /// Something other than a regular file at that path (a FIFO, a folder) is never opened:
+    /// the user is told, it is left alone, and the store starts empty and is not written.
     /// A file that cannot be parsed, or is not shaped as this store writes it, is
     /// renamed to "optionVars.json.corrupt-<yyyyMMdd-hhmmss>" (with "-2", "-3", ...
     /// added if that name is taken), the store starts empty, and the user is told once
@@ -86,6 +96,11 @@ public:
     static QString preferenceDirectory();
     /// The file the store is written to; empty without a preference directory.
     static QString storeFilePath();
+
+    /// Host side: waits until every change made so far is in the file (or its failure has been
+    /// reported), and applies what other processes wrote. Changing the preference directory,
+    /// and quitting the application, do this first.
+    static void flush();
 
     /// Forgets every variable and subscription and the preference directory.
     static void resetForTesting();

@@ -112,6 +112,14 @@ const Entry englishTexts[] = {
     {"kContentBrowserFavoritesNotKeptAside",
      "Favorites could not be saved: your earlier favorites file ^1s could not be kept as ^2s, so it was not "
      "replaced. The change was undone."},
+    {"kContentBrowserFavoritesLocked", "another program keeps the file locked"},
+    {"kContentBrowserFavoritesNotAFile",
+     "^1s is not a regular file, so it was left alone. Favorites start empty and are kept for this session only."},
+
+    // The browser's notices about the folder shown.
+    {"kContentBrowserFolderGone", "The folder ^1s no longer exists. Showing ^2s instead."},
+    {"kContentBrowserFileGone", "^1s no longer exists, so nothing was sent to the scene."},
+    {"kContentBrowserFolderUnreadable", "This folder cannot be read: you do not have permission to list it."},
 
     // The host's own messages.
     {"kOrloHostUnknownCommand", "Unknown command: ^1s"},
@@ -125,6 +133,9 @@ const Entry englishTexts[] = {
      "Your settings file ^1s could not be opened. Settings start from their defaults and will not be saved in this "
      "session, so the file stays as it is."},
     {"kOrloHostOptionVarsWriteFailed", "Settings could not be saved to ^1s: ^2s"},
+    {"kOrloHostOptionVarsNotAFile",
+     "Your settings file ^1s is not a regular file, so it was left alone. Settings start from their defaults and "
+     "will not be saved in this session."},
 };
 
 QHash<QString, QString> builtInTable()

@@ -23,6 +23,12 @@
 namespace {
 const char* const thumbnailSizesKey = "contentBrowserThumbnailSizes";
 const int defaultThumbnailSize = 128;
+// Edge lengths the host may ask for, before scaling: a thumbnail of tens of thousands of
+// pixels would take seconds to draw and gigabytes to hold.
+constexpr int minThumbnailSize = 16;
+constexpr int maxThumbnailSize = 1024;
+// More steps than a slider can show apart.
+constexpr int maxThumbnailSteps = 32;
 } // namespace
 
 TcontentListView::TcontentListView(const TassetBrowserOptions* options, QAbstractItemModel* model,
@@ -86,11 +92,14 @@ void TcontentListView::readThumbnailSizes()
     m_sizes.clear();
     Tint32Array stored;
     if (TprefOptionVar::optionVarExists(Tstring(thumbnailSizesKey))
-        && TprefOptionVar::getOptionVarValue(Tstring(thumbnailSizesKey), stored) && !stored.isEmpty()) {
-        for (int i = 0; i < stored.length(); ++i)
-            stored[i] = TuiScale::length(options(), stored[i]);
-        m_sizes = stored;
-        return;
+        && TprefOptionVar::getOptionVarValue(Tstring(thumbnailSizesKey), stored)) {
+        for (int i = 0; i < stored.length() && m_sizes.length() < maxThumbnailSteps; ++i) {
+            const int size = TuiScale::length(options(), qBound(minThumbnailSize, stored[i], maxThumbnailSize));
+            if (size >= minEdge() && size <= maxEdge() && m_sizes.find(size) < 0)
+                m_sizes.addLast(size);
+        }
+        if (!m_sizes.isEmpty())
+            return;
     }
     for (int size : {64, 128, 256, 512})
         m_sizes.addLast(TuiScale::length(options(), size));
@@ -138,9 +147,21 @@ void TcontentListView::sliderSetTo(int value)
     Q_EMIT imageSizeSliderChanged();
 }
 
+int TcontentListView::minEdge() const
+{
+    return qMax(1, qMin(minThumbnailSize, TuiScale::length(options(), minThumbnailSize)));
+}
+
+int TcontentListView::maxEdge() const
+{
+    // The host's scale may be anything; four times the largest size is the most a screen needs.
+    return qBound(maxThumbnailSize, TuiScale::length(options(), maxThumbnailSize), 4 * maxThumbnailSize);
+}
+
 void TcontentListView::setThumbnailSize(int size)
 {
-    if (size <= 0 || m_sizes.length() == 0)
+    // A stored size out of all reason is ignored, as any failed restore is.
+    if (size < minEdge() || size > maxEdge() || m_sizes.length() == 0)
         return;
     // A size stored at another interface scale (or under other steps) is no step any more:
     // take the nearest step, so that the slider and the grid always show the same size.

@@ -15,8 +15,9 @@ class ThumbnailFileIconProvider;
 // the thumbnail-size slider, the search field and help.
 //
 // Thumbnail sizes: the host option variable "contentBrowserThumbnailSizes" (an integer
-// array, edge lengths at 100 per cent) lists the slider's steps, scaled; without it, or when
-// it is empty, they are 64, 128, 256 and 512, scaled. The grid starts at 128 (scaled).
+// array, edge lengths at 100 per cent) lists the slider's steps, scaled; each is first
+// clamped to 16..1024, repeats are dropped and only the first 32 count. Without it, or when
+// nothing is left of it, they are 64, 128, 256 and 512, scaled. The grid starts at 128 (scaled).
 // When the current size is none of the steps the slider rests on the scaled value 128
 // clamped into its range, which with the default steps is the last one.
 class TcontentListView : public TcontentWidget
@@ -44,6 +45,7 @@ public:
     int thumbnailSize() const { return m_iconSize.height(); }
     // Shows thumbnails of edge length size (pixels) and puts the slider on that step; a size
     // that is no step takes the nearest step (emitting imageSizeSliderChangedToDefault).
+    // A size outside 16..1024 (scaled) changes nothing.
     void setThumbnailSize(int size);
     // The grid cell of a thumbnail of iconSize: the picture, a margin and two lines of name.
     QSize gridSizeFor(const QSize& iconSize) const;
@@ -57,6 +59,8 @@ Q_SIGNALS:
 private:
     void readThumbnailSizes();
     int stepOf(int size) const;
+    int minEdge() const;
+    int maxEdge() const;
     void createSlider();
     void applyIconSize(const QSize& size);
     void sliderSetTo(int value);

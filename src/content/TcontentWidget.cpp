@@ -5,6 +5,7 @@
 #include "TbrowserToolbar.h"
 #include "TcommandEngine.h"
 #include "TcontentSearchBar.h"
+#include "TscriptCommand.h"
 #include "TuiScale.h"
 #include "TvslCmdResult.h"
 
@@ -102,11 +103,13 @@ void TcontentWidget::createHelpButton()
     if (!m_helpMenu)
         return;
 
-    const QString fullName = TUIInventory::fullName(this).toQString();
+    // Both names come from the host, so either may hold a quote or a backslash of its own.
+    const QString fullName = TscriptCommand::literal(TUIInventory::fullName(this).toQString());
+    const QString menuName = TscriptCommand::literal(rememberedHelpMenuName());
     TcommandEngine::executeCommand(toTstring(QStringLiteral("addContextHelpProc \"") + fullName
                                              + QStringLiteral("\" \"contentBrowserBuildContextHelpItems\"")));
     TcommandEngine::executeCommand(toTstring(QStringLiteral("doHelpMenuItems \"") + fullName + QStringLiteral("\" \"")
-                                             + rememberedHelpMenuName() + QStringLiteral("\"")));
+                                             + menuName + QStringLiteral("\"")));
 }
 
 void TcontentWidget::searchTextChanged(const QString& text)

@@ -7,6 +7,7 @@
 #include "TassetBrowserOptions.h"
 #include "TbrowserStrings.h"
 #include "TbrowserToolbar.h"
+#include "TcommandEngine.h"
 #include "TcontentListView.h"
 #include "TcontentTreeView.h"
 #include "TdirectoryFilterProxy.h"
@@ -19,11 +20,14 @@
 #include <QActionGroup>
 #include <QCheckBox>
 #include <QDir>
+#include <QEvent>
 #include <QFileInfo>
+#include <QFileSystemWatcher>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QLabel>
 #include <QMenu>
 #include <QPointer>
 #include <QSignalBlocker>
@@ -38,6 +42,19 @@ const int nameColumn = 0;
 // Paths holding these are sculpting stamps: selecting one uses it at once.
 const char* const strokeSketchMarker = "Stroke_Sketch";
 const char* const sculptingStampsMarker = "Sculpting_Stamps";
+
+const TstringId kFolderGone("kContentBrowserFolderGone");
+const TstringId kFolderUnreadable("kContentBrowserFolderUnreadable");
+const TstringId kFileGone("kContentBrowserFileGone");
+
+// A file removed since it was listed is not handed to the host; the user hears why.
+bool stillThere(const QString& path)
+{
+    if (QFileInfo::exists(path))
+        return true;
+    TcommandEngine::displayError(kFileGone.format({QDir::toNativeSeparators(path)}));
+    return false;
+}
 
 QAction* separator(QObject* parent)
 {
@@ -128,7 +145,87 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     layout->setSpacing(TuiScale::length(options, 5));
     layout->addWidget(frame);
 
+    m_rootWatcher = new QFileSystemWatcher(this);
+    // Queued: a removal reports the folder and its parent at once, and is looked at once.
+    connect(m_rootWatcher, &QFileSystemWatcher::directoryChanged, this, &ThumbnailPane::rootFolderChanged,
+            Qt::QueuedConnection);
+    connect(m_proxy, &TdirectoryFilterProxy::rootPathChanged, this, &ThumbnailPane::followRootFolder);
+    for (QAbstractItemView* view : {static_cast<QAbstractItemView*>(m_listView->listView()),
+                                    static_cast<QAbstractItemView*>(m_treeView->treeView())}) {
+        auto* notice = new QLabel(view->viewport());
+        notice->setObjectName(QStringLiteral("folderNotice"));
+        notice->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
+        notice->setWordWrap(true);
+        const int margin = TuiScale::length(options, 12);
+        notice->setContentsMargins(margin, margin, margin, margin);
+        notice->setForegroundRole(QPalette::PlaceholderText);
+        notice->setAttribute(Qt::WA_TransparentForMouseEvents);
+        notice->hide();
+        view->viewport()->installEventFilter(this);
+        m_folderNotices.append(notice);
+    }
+
     sort();
+}
+
+bool ThumbnailPane::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Resize) {
+        for (QLabel* notice : std::as_const(m_folderNotices)) {
+            if (notice->parent() == watched)
+                notice->setGeometry(static_cast<QWidget*>(watched)->rect());
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void ThumbnailPane::followRootFolder(const QString& folder)
+{
+    if (!m_rootWatcher->directories().isEmpty())
+        m_rootWatcher->removePaths(m_rootWatcher->directories());
+    const QFileInfo info(folder);
+    const bool readable = info.isReadable() && info.isExecutable();
+    // A folder that cannot be read cannot be watched either; its parent still tells of its removal.
+    if (readable)
+        m_rootWatcher->addPath(folder);
+    const QString parent = info.absolutePath();
+    if (parent != folder && QFileInfo(parent).isReadable())
+        m_rootWatcher->addPath(parent);
+    // The listing of a folder that cannot be read is simply empty; say why.
+    showFolderNotice(readable ? QString() : kFolderUnreadable.asQString());
+}
+
+void ThumbnailPane::showFolderNotice(const QString& text)
+{
+    for (QLabel* notice : std::as_const(m_folderNotices)) {
+        notice->setText(text);
+        notice->setGeometry(static_cast<QWidget*>(notice->parent())->rect());
+        notice->setVisible(!text.isEmpty());
+    }
+}
+
+void ThumbnailPane::rootFolderChanged()
+{
+    if (m_currentRootPath.isEmpty())
+        return;
+    const QFileInfo shown(m_currentRootPath);
+    if (shown.isDir()) {
+        // Its permissions may have changed; the watch ends when it is replaced.
+        followRootFolder(m_currentRootPath);
+        return;
+    }
+    QString nearest = m_currentRootPath;
+    while (!QFileInfo(nearest).isDir()) {
+        const QString up = QFileInfo(nearest).absolutePath();
+        if (up == nearest)
+            break;
+        nearest = up;
+    }
+    const QString gone = m_currentRootPath;
+    TcommandEngine::displayError(kFolderGone.format({QDir::toNativeSeparators(gone), QDir::toNativeSeparators(nearest)}));
+    m_listView->setSearchText(QString());
+    m_treeView->setSearchText(QString());
+    Q_EMIT newPathDoubleClicked(nearest);
 }
 
 ThumbnailPane::~ThumbnailPane()
@@ -616,14 +713,14 @@ void ThumbnailPane::displayViewMenu(QPoint menuPos)
 void ThumbnailPane::importSysFile()
 {
     const QString path = currentPath();
-    if (!path.isEmpty())
+    if (!path.isEmpty() && stillThere(path))
         TscriptCommand::runDeferred(TscriptCommand::fileImport(path));
 }
 
 void ThumbnailPane::referenceSysFile()
 {
     const QString path = currentPath();
-    if (!path.isEmpty())
+    if (!path.isEmpty() && stillThere(path))
         TscriptCommand::runDeferred(TscriptCommand::fileReference(path));
 }
 
@@ -640,7 +737,7 @@ void ThumbnailPane::referenceSysFileWithImportOptions()
 void ThumbnailPane::runWithOptions(const QString& mode, bool reference)
 {
     const QString path = currentPath();
-    if (path.isEmpty())
+    if (path.isEmpty() || !stillThere(path))
         return;
     m_optionsConfirmed = false;
     QPointer<ThumbnailPane> self(this);

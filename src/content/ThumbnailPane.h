@@ -16,6 +16,8 @@ class QActionGroup;
 class QCheckBox;
 class QMenu;
 class QAbstractItemView;
+class QFileSystemWatcher;
+class QLabel;
 class TassetBrowserOptions;
 class TcontentListView;
 class TcontentTreeView;
@@ -150,6 +152,9 @@ public Q_SLOTS:
     // whether the user accepted it.
     void fileOptionsDialogClosed(bool confirmed);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void buildSortMenu();
     void buildViewMenu();
@@ -161,6 +166,9 @@ private:
     TcontentWidget* visibleWidget() const;
     void runDefaultAction();
     void runWithOptions(const QString& mode, bool reference);
+    void followRootFolder(const QString& folder);
+    void rootFolderChanged();
+    void showFolderNotice(const QString& text);
 
     TcontentListView* m_listView = nullptr;
     TcontentTreeView* m_treeView = nullptr;
@@ -179,6 +187,11 @@ private:
     QMenu* m_settingsMenu = nullptr;
     QList<QCheckBox*> m_panelToggles;
     QString m_currentRootPath;
+    // Watches the folder shown and its parent: a folder removed or moved away while shown
+    // takes the view to its nearest existing parent.
+    QFileSystemWatcher* m_rootWatcher = nullptr;
+    // Said over each view when the folder shown cannot be listed.
+    QList<QLabel*> m_folderNotices;
     bool m_defaultAction = false;
     // Set by the options dialog's close, read right after it and cleared again.
     bool m_optionsConfirmed = false;

@@ -1,8 +1,48 @@
 #include "TfileKindIconProvider.h"
 
 #include <QFileInfo>
+#include <QHash>
 #include <QIcon>
 #include <QMimeDatabase>
+#include <QMutex>
+
+namespace {
+
+struct Kind
+{
+    QString comment;
+    QString iconName;
+    QString genericIconName;
+};
+
+// Past this many kinds the cache starts again: a folder of oddly named files cannot grow it
+// without bound.
+constexpr int kMaxCachedKinds = 4096;
+
+// A file's kind from its name alone, looked up once per suffix: the database's own lookup
+// asks the file system about the name first, which on a slow share costs a call per entry.
+Kind kindOf(const QFileInfo& info)
+{
+    static QMutex mutex;
+    static QHash<QString, Kind> cache;
+    const QString name = info.fileName();
+    const QString suffix = info.completeSuffix().toLower();
+    // Names without a suffix ("Makefile") are matched whole.
+    const QString key = suffix.isEmpty() ? QLatin1Char('/') + name : suffix;
+    const QMutexLocker locker(&mutex);
+    const auto cached = cache.constFind(key);
+    if (cached != cache.constEnd())
+        return cached.value();
+    const QMimeDatabase database;
+    const QList<QMimeType> types = database.mimeTypesForFileName(name);
+    const QMimeType mime = types.isEmpty() ? database.mimeTypeForName(QStringLiteral("application/octet-stream"))
+                                           : types.first();
+    if (cache.size() >= kMaxCachedKinds)
+        cache.clear();
+    return cache.insert(key, Kind{mime.comment(), mime.iconName(), mime.genericIconName()}).value();
+}
+
+} // namespace
 
 TfileKindIconProvider::TfileKindIconProvider() = default;
 
@@ -12,19 +52,18 @@ QString TfileKindIconProvider::type(const QFileInfo& info) const
 {
     if (!info.isFile())
         return QFileIconProvider::type(info);
-    // QMimeDatabase may be used from any thread; the file model asks from its gatherer too.
-    const QMimeDatabase database;
-    return database.mimeTypeForFile(info, QMimeDatabase::MatchExtension).comment();
+    // Any thread: the file model asks from its gatherer too.
+    return kindOf(info).comment;
 }
 
 QIcon TfileKindIconProvider::systemIcon(const QFileInfo& info) const
 {
     if (!info.isFile())
         return QFileIconProvider::icon(info);
-    const QMimeType mime = QMimeDatabase().mimeTypeForFile(info, QMimeDatabase::MatchExtension);
-    QIcon icon = QIcon::fromTheme(mime.iconName());
+    const Kind kind = kindOf(info);
+    QIcon icon = QIcon::fromTheme(kind.iconName);
     if (icon.isNull())
-        icon = QIcon::fromTheme(mime.genericIconName());
+        icon = QIcon::fromTheme(kind.genericIconName);
     if (icon.isNull())
         icon = QFileIconProvider::icon(QAbstractFileIconProvider::File);
     return icon;

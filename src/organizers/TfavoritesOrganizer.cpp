@@ -15,15 +15,19 @@
 #include "TstringFormat.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QDataStream>
 #include <QDir>
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
+#include <QFileSystemWatcher>
 #include <QHash>
 #include <QItemSelectionModel>
 #include <QMenu>
+#include <QPointer>
+#include <QThreadPool>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QRegularExpression>
@@ -238,7 +242,98 @@ QToolButton* TfavoritesOrganizer::addToolButton(const QString& image, const QStr
 void TfavoritesOrganizer::buildFromFile()
 {
     m_file->read();
+    buildModel();
 
+    // Another host sharing the preference folder may change the file; the tree follows.
+    const QString location = m_file->location();
+    if (location.isEmpty() || !QFileInfo(QFileInfo(location).absolutePath()).isDir())
+        return;
+    m_fileWatcher = new QFileSystemWatcher(this);
+    m_fileWatcher->addPath(QFileInfo(location).absolutePath());
+    if (QFileInfo(location).isFile())
+        m_fileWatcher->addPath(location);
+    connect(m_fileWatcher, &QFileSystemWatcher::directoryChanged, this, &TfavoritesOrganizer::fileChangedOnDisk,
+            Qt::QueuedConnection);
+    connect(m_fileWatcher, &QFileSystemWatcher::fileChanged, this, &TfavoritesOrganizer::fileChangedOnDisk,
+            Qt::QueuedConnection);
+}
+
+void TfavoritesOrganizer::fileChangedOnDisk()
+{
+    const QString location = m_file->location();
+    // A file replaced in one step is a new file, no longer watched.
+    if (!m_fileWatcher->files().contains(location) && QFileInfo(location).isFile())
+        m_fileWatcher->addPath(location);
+    if (m_file->reload())
+        rebuildKeepingView();
+}
+
+bool TfavoritesOrganizer::writeFavorites(const TfavoritesFile::Tree& favorites)
+{
+    if (!m_file->write(favorites))
+        return false;
+    TfavoritesFile::Tree wanted = favorites;
+    TfavoritesFile::sortByKey(wanted);
+    // Merged with another host's change: the tree shows the merged favorites once the caller
+    // has made its own change to it.
+    if (m_file->entries() != TfavoritesFile::entriesOf(wanted) && !m_rebuildScheduled) {
+        m_rebuildScheduled = true;
+        QMetaObject::invokeMethod(this, [this] {
+            m_rebuildScheduled = false;
+            rebuildKeepingView();
+        }, Qt::QueuedConnection);
+    }
+    return true;
+}
+
+void TfavoritesOrganizer::rebuildKeepingView()
+{
+    // The name being edited is written when the editor closes, merged with what changed.
+    if (m_naming.index.isValid())
+        return;
+    QSet<QString> selectedPaths;
+    QSet<QString> selectedFolders;
+    for (const QModelIndex& index : m_view->selectionModel()->selectedRows()) {
+        const QStandardItem* item = m_model->itemFromIndex(index);
+        if (isFavoriteFolder(item))
+            selectedFolders.insert(item->text());
+        else if (item)
+            selectedPaths.insert(item->data(PathRole).toString());
+    }
+    QSet<QString> expanded;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const QStandardItem* item = m_model->item(row);
+        if (isFavoriteFolder(item) && m_view->isExpanded(item->index()))
+            expanded.insert(item->text());
+    }
+
+    m_model->removeRows(0, m_model->rowCount());
+    buildModel();
+
+    QItemSelectionModel* selection = m_view->selectionModel();
+    const auto keep = [&](const QStandardItem* item) {
+        const bool folder = isFavoriteFolder(item);
+        if (folder ? selectedFolders.contains(item->text()) : selectedPaths.contains(item->data(PathRole).toString()))
+            selection->select(item->index(), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    };
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const QStandardItem* item = m_model->item(row);
+        keep(item);
+        if (isFavoriteFolder(item) && expanded.contains(item->text()))
+            m_view->expand(item->index());
+        for (int child = 0; child < item->rowCount(); ++child)
+            keep(item->child(child));
+    }
+}
+
+void TfavoritesOrganizer::buildModel()
+{
+    QStringList paths;
+    for (const TfavoritesFile::Entry& entry : m_file->entries()) {
+        if (!entry.path.isEmpty())
+            paths.append(entry.path);
+    }
+    resolveLocationIcons(paths);
     QStandardItem* root = m_model->invisibleRootItem();
     QSet<QString> topLevelPaths;
     QHash<QString, QStandardItem*> firstFolderNamed;
@@ -277,14 +372,12 @@ void TfavoritesOrganizer::buildFromFile()
 
 QStandardItem* TfavoritesOrganizer::makeLocationItem(const QString& path) const
 {
-    const QFileInfo info(path);
     QString text = QFileInfo(QDir::cleanPath(path)).fileName();
     if (text.isEmpty())
         text = path;
-    QIcon icon = m_locationFolderIcon;
-    if (!info.isDir())
-        icon = info.exists() ? m_iconProvider->icon(info) : m_iconProvider->icon(QAbstractFileIconProvider::File);
-    auto* item = new QStandardItem(icon, text);
+    // Most favorites are folders; whether this one is, is found out in the background
+    // (resolveLocationIcons), so that a slow or absent disk never holds the tree back.
+    auto* item = new QStandardItem(m_locationFolderIcon, text);
     item->setData(path, PathRole);
     item->setToolTip(QDir::toNativeSeparators(path));
     item->setEditable(false);
@@ -359,10 +452,58 @@ void TfavoritesOrganizer::addPathToFavorites(const QStringList& paths)
         if (TfavoritesFile::addEntry(favorites, QString(), path))
             added.append(path);
     }
-    if (added.isEmpty() || !m_file->write(favorites))
+    if (added.isEmpty() || !writeFavorites(favorites))
         return;
     for (const QString& path : std::as_const(added))
         m_model->appendRow(makeLocationItem(path));
+    resolveLocationIcons(added);
+}
+
+void TfavoritesOrganizer::resolveLocationIcons(const QStringList& paths)
+{
+    if (paths.isEmpty())
+        return;
+    QPointer<TfavoritesOrganizer> self(this);
+    QThreadPool::globalInstance()->start([self, paths] {
+        QList<QPair<QString, LocationKind>> kinds;
+        kinds.reserve(paths.size());
+        for (const QString& path : paths) {
+            const QFileInfo info(path);
+            kinds.append({path, info.isDir()   ? LocationKind::Folder
+                                : info.exists() ? LocationKind::File
+                                                : LocationKind::Missing});
+        }
+        if (QCoreApplication* app = QCoreApplication::instance()) {
+            QMetaObject::invokeMethod(app, [self, kinds] {
+                if (self)
+                    self->applyLocationIcons(kinds);
+            }, Qt::QueuedConnection);
+        }
+    });
+}
+
+void TfavoritesOrganizer::applyLocationIcons(const QList<QPair<QString, LocationKind>>& kinds)
+{
+    QHash<QString, LocationKind> byPath;
+    for (const auto& [path, kind] : kinds)
+        byPath.insert(path, kind);
+    const auto apply = [&](QStandardItem* item) {
+        const auto it = byPath.constFind(item->data(PathRole).toString());
+        if (it == byPath.constEnd() || it.value() == LocationKind::Folder)
+            return;
+        item->setIcon(it.value() == LocationKind::File ? m_iconProvider->icon(QFileInfo(it.key()))
+                                                       : m_iconProvider->icon(QAbstractFileIconProvider::File));
+    };
+    // The tree may have changed meanwhile: items are found by their path.
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        QStandardItem* item = m_model->item(row);
+        if (!isFavoriteFolder(item)) {
+            apply(item);
+            continue;
+        }
+        for (int child = 0; child < item->rowCount(); ++child)
+            apply(item->child(child));
+    }
 }
 
 void TfavoritesOrganizer::addFavLocationItem(const QString& path)
@@ -464,7 +605,7 @@ bool TfavoritesOrganizer::writeModelBack()
                 TfavoritesFile::addEntry(favorites, item->text(), item->child(childRow)->data(PathRole).toString());
         }
     }
-    if (m_file->write(favorites))
+    if (writeFavorites(favorites))
         return true;
 
     // Not written: the tree shows what the file and the favorites in memory still hold.
@@ -526,7 +667,7 @@ void TfavoritesOrganizer::removeSelectedFavorite()
             emptied.append(it.key());
         }
     }
-    if (!m_file->write(favorites))
+    if (!writeFavorites(favorites))
         return;
 
     for (QStandardItem* location : std::as_const(locations)) {

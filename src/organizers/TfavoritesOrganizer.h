@@ -13,6 +13,7 @@
 #include <memory>
 
 class QAction;
+class QFileSystemWatcher;
 class QMenu;
 class QMimeData;
 class QModelIndex;
@@ -35,6 +36,13 @@ class ThumbnailFileIconProvider;
 //
 // Removals are confirmed (TconfirmDeleteFavoriteDialog, which the user can tell not to ask
 // again). A change that cannot be written is undone, and the user is told.
+//
+// Threads: items appear at once with the folder picture; whether each location is a folder, a
+// file or gone is found out by one task per batch on the global thread pool (it only asks the
+// file system and holds the batch's paths), and the GUI thread then gives files their icons.
+// Nothing cancels a task: its answer is dropped when the organizer is gone, and applies to
+// whatever items hold those paths then. Another host's change to the file (seen through a
+// file-system watcher) rebuilds the tree, keeping the selection and the open folders.
 class TfavoritesOrganizer : public QWidget
 {
     Q_OBJECT
@@ -141,6 +149,18 @@ private:
     };
 
     void buildFromFile();
+    void buildModel();
+    // Builds the tree again from the favorites in memory, keeping selection and open folders.
+    void rebuildKeepingView();
+    void fileChangedOnDisk();
+    // Writes favorites; when the file held another host's change, the tree is rebuilt from the
+    // merged favorites after the caller's own update.
+    bool writeFavorites(const TfavoritesFile::Tree& favorites);
+    enum class LocationKind { Folder, File, Missing };
+    // Finds out on a pool thread which of paths are folders, files or gone; the items of the
+    // files and the missing ones then get their icons on the GUI thread.
+    void resolveLocationIcons(const QStringList& paths);
+    void applyLocationIcons(const QList<QPair<QString, LocationKind>>& kinds);
     QStandardItem* makeLocationItem(const QString& path) const;
     QStandardItem* makeFolderItem(const QString& name) const;
     bool isFavoriteFolder(const QStandardItem* item) const;
@@ -173,6 +193,8 @@ private:
     QIcon m_locationFolderIcon;
     QString m_lastFolder;
     FolderBeingNamed m_naming;
+    QFileSystemWatcher* m_fileWatcher = nullptr;
+    bool m_rebuildScheduled = false;
     QPointer<TpathSelector> m_pathSelector;
     bool m_optionsConfirmed = false;
 };

@@ -41,6 +41,8 @@ private Q_SLOTS:
     void sliderSteps_data();
     void sliderSteps();
     void sliderAndGrid();
+    void unreasonableSizesChangeNothing_data();
+    void unreasonableSizesChangeNothing();
     void rootPathChangeEndsTheAnimation();
     void itemTextsUseTheHostFont();
     void detailNamesArrivingLateAreNotCut();
@@ -73,6 +75,17 @@ void TestContentViews::sliderSteps_data()
     // 128 is no step: the slider rests on the scaled 128, clamped, which is the last step.
     QTest::newRow("without 128") << 1.0 << true << QList<int>{16, 32, 48, 64, 96}
                                              << QList<int>{16, 32, 48, 64, 96} << 4;
+    // Values out of all reason are clamped before scaling, repeats dropped.
+    QTest::newRow("huge and tiny clamped") << 1.0 << true << QList<int>{64, 60000, 0, -5, 2147483647}
+                                           << QList<int>{64, 1024, 16} << 2;
+    QTest::newRow("clamped, then scaled") << 2.0 << true << QList<int>{8, 128, 5000} << QList<int>{32, 256, 2048} << 1;
+    QList<int> many;
+    for (int i = 0; i < 1000; ++i)
+        many.append(16 + i);
+    QList<int> firstSteps;
+    for (int i = 0; i < 32; ++i)
+        firstSteps.append(16 + i);
+    QTest::newRow("at most 32 steps") << 1.0 << true << many << firstSteps << 31;
 }
 
 void TestContentViews::sliderSteps()
@@ -105,6 +118,40 @@ void TestContentViews::sliderSteps()
     QVERIFY2(view.listView()->iconSize() == host.scaledSize(QSize(128, 128)), qPrintable(tag));
 }
 
+void TestContentViews::unreasonableSizesChangeNothing_data()
+{
+    QTest::addColumn<int>("size");
+
+    QTest::newRow("largest integer") << 2147483647;
+    QTest::newRow("beyond the largest thumbnail") << 4097;
+    QTest::newRow("zero") << 0;
+    QTest::newRow("negative") << -2147483647 - 1;
+}
+
+void TestContentViews::unreasonableSizesChangeNothing()
+{
+    QFETCH(int, size);
+
+    TrecordingHost host;
+    host.scale = 4.0;
+    const TassetBrowserOptions options = host.options();
+    TcontentListView view(&options, nullptr, nullptr);
+    QSignalSpy toDefault(&view, &TcontentListView::imageSizeSliderChangedToDefault);
+    const QSize iconBefore = view.listView()->iconSize();
+    const QSize gridBefore = view.listView()->gridSize();
+    const int stepBefore = view.sizeSlider()->value();
+
+    view.setThumbnailSize(size);
+    const QByteArray tag = QTest::currentDataTag();
+    QVERIFY2(view.listView()->iconSize() == iconBefore, tag);
+    QVERIFY2(view.listView()->gridSize() == gridBefore, tag);
+    QVERIFY2(view.sizeSlider()->value() == stepBefore, tag);
+    QVERIFY2(toDefault.isEmpty(), tag);
+    // The largest size the host's scale allows still goes through.
+    view.setThumbnailSize(4096);
+    QVERIFY2(view.thumbnailSize() == 4096, tag);
+}
+
 void TestContentViews::sliderAndGrid()
 {
     TrecordingHost host;
@@ -117,7 +164,7 @@ void TestContentViews::sliderAndGrid()
 
     // A size between the steps (say stored at another scale): grid and slider take the nearest
     // step together, ties to the smaller one.
-    const struct { int size; int step; } between[] = {{200, 1}, {1, 0}, {383, 1}, {385, 2}, {100000, 3}};
+    const struct { int size; int step; } between[] = {{200, 1}, {20, 0}, {383, 1}, {385, 2}, {2000, 3}};
     for (const auto& row : between) {
         view.setThumbnailSize(row.size);
         const int expected = view.thumbnailSizes()[row.step];

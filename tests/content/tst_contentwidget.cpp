@@ -77,6 +77,8 @@ private Q_SLOTS:
     void helpMenuCommands_data();
     void helpMenuCommands();
     void helpMenuIsMadeOnceForAllWidgets();
+    void hostileNamesStayOneWord_data();
+    void hostileNamesStayOneWord();
     void helpButtonWithoutHostMenu();
     void helpMenuPosition();
     void searchRequests_data();
@@ -93,6 +95,8 @@ private:
     std::unique_ptr<TassetBrowserOptions> m_options;
     std::unique_ptr<QWidget> m_window;
     QList<QPointer<QMenu>> m_madeMenus;
+    // The name the host gives its help menu; empty: the command's last word.
+    QString m_menuName;
 };
 
 void TestContentWidget::init()
@@ -105,6 +109,7 @@ void TestContentWidget::init()
     new QVBoxLayout(m_window.get());
     m_window->setGeometry(100, 150, 600, 300);
     m_madeMenus.clear();
+    m_menuName.clear();
 }
 
 void TestContentWidget::cleanup()
@@ -121,7 +126,7 @@ void TestContentWidget::installHelpHost()
         QStringList words;
         ThostCommands::tokenize(line, words);
         auto* menu = new QMenu(m_window.get());
-        menu->setObjectName(words.constLast());
+        menu->setObjectName(m_menuName.isEmpty() ? words.constLast() : m_menuName);
         menu->addAction(QStringLiteral("Topic"));
         TUIInventory::registerObject(menu);
         m_madeMenus << menu;
@@ -181,6 +186,44 @@ void TestContentWidget::helpMenuCommands()
     QVERIFY2(sent == expected, qPrintable(sent.join(QLatin1String("\n"))));
     QCOMPARE(widget->helpMenu(), m_madeMenus.constFirst().data());
     QCOMPARE(TcontentWidget::helpMenuName(), QStringLiteral("HelpMenu"));
+}
+
+void TestContentWidget::hostileNamesStayOneWord_data()
+{
+    QTest::addColumn<QString>("windowName");
+    QTest::addColumn<QString>("widgetName");
+    QTest::addColumn<QString>("menuName");
+
+    QTest::newRow("quote and a second command") << "host\"Panel; x" << "list" << "HelpMenu";
+    QTest::newRow("backslash before the closing quote") << "host\\" << "view\\" << "Help\\";
+    QTest::newRow("quote after a backslash") << "a\\\"b" << "c" << "d\\\"e";
+    QTest::newRow("line breaks") << "host\nnewScene" << "list\n" << "Help\nMenu";
+    QTest::newRow("menu name closing the string") << "hostWindow" << "listView" << "Help\" \"evil";
+    QTest::newRow("pipes, tabs and unicode") << "a|b\tc" << "\u00e9\u8d44\u4ea7 \U0001F600" << "\u00ab\u00bb";
+}
+
+void TestContentWidget::hostileNamesStayOneWord()
+{
+    QFETCH(QString, windowName);
+    QFETCH(QString, widgetName);
+    QFETCH(QString, menuName);
+    const QByteArray tag = QTest::currentDataTag();
+
+    m_menuName = menuName;
+    installHelpHost();
+    m_window->setObjectName(windowName);
+    makeWidget(widgetName);
+    const QString fullName = windowName + u'|' + widgetName;
+
+    // The host reads each command back as exactly the words the browser meant.
+    const QStringList sent = allCommands();
+    QVERIFY2(sent.size() == 3, tag);
+    QStringList words;
+    QVERIFY2(ThostCommands::tokenize(sent.at(1), words), tag);
+    QVERIFY2(words == QStringList({"addContextHelpProc", fullName, "contentBrowserBuildContextHelpItems"}),
+             qPrintable(tag + ": " + sent.at(1)));
+    QVERIFY2(ThostCommands::tokenize(sent.at(2), words), tag);
+    QVERIFY2(words == QStringList({"doHelpMenuItems", fullName, menuName}), qPrintable(tag + ": " + sent.at(2)));
 }
 
 void TestContentWidget::helpMenuIsMadeOnceForAllWidgets()

@@ -21,6 +21,7 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
@@ -33,6 +34,10 @@
 #include <QWidgetAction>
 
 #include <memory>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -138,6 +143,10 @@ private Q_SLOTS:
     void stampRule_data();
     void stampRule();
     void goToParent();
+    void folderRemovedWhileShown_data();
+    void folderRemovedWhileShown();
+    void unreadableFolderSaysSo();
+    void fileRemovedBeforeImportIsNotSent();
     void switchingViewsCarriesSearchAndRoot();
     void settingsMenuToggles();
 
@@ -589,6 +598,99 @@ void TestThumbnailPane::goToParent()
     m_pane->setListViewRootIndex(m_dir->filePath(QStringLiteral("sub/inner.vela")));
     m_pane->setListViewRootIndex(m_dir->filePath(QStringLiteral("no such folder")));
     QCOMPARE(m_pane->currentRootPath(), m_dir->filePath(QStringLiteral("sub")));
+}
+
+void TestThumbnailPane::folderRemovedWhileShown_data()
+{
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QString>("removed");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("the folder itself") << "sub/deeper" << "sub/deeper" << "sub";
+    QTest::newRow("its parent with it") << "sub/deeper" << "sub" << "";
+    QTest::newRow("moved away") << "sub/deeper" << "move:sub/deeper" << "sub";
+}
+
+void TestThumbnailPane::folderRemovedWhileShown()
+{
+    QFETCH(QString, shown);
+    QFETCH(QString, removed);
+    QFETCH(QString, expected);
+    const QByteArray tag = QTest::currentDataTag();
+
+    QVERIFY(!make(QStringLiteral("sub/deeper/x.vela")).isEmpty());
+    makePane();
+    show(m_dir->filePath(shown));
+    QSignalSpy opened(m_pane.get(), &ThumbnailPane::newPathDoubleClicked);
+    m_pane->listWidget()->setSearchText(QStringLiteral("x"));
+
+    if (removed.startsWith(QLatin1String("move:")))
+        QVERIFY2(QDir().rename(m_dir->filePath(removed.mid(5)), m_dir->filePath(QStringLiteral("elsewhere"))), tag);
+    else
+        QVERIFY2(QDir(m_dir->filePath(removed)).removeRecursively(), tag);
+
+    const QString nearest = QDir::cleanPath(expected.isEmpty() ? m_dir->path() : m_dir->filePath(expected));
+    QTRY_COMPARE(m_pane->currentRootPath(), nearest);
+    QVERIFY2(opened.count() == 1 && opened.first().first().toString() == nearest, tag);
+    QVERIFY2(m_pane->listWidget()->searchText().isEmpty(), tag);
+    QStringList errors;
+    for (const TcommandRecord& entry : TcommandEngine::record()) {
+        if (entry.kind == TcommandRecord::Kind::Error)
+            errors << entry.answer;
+    }
+    const QString told = TstringId("kContentBrowserFolderGone")
+                             .format({QDir::toNativeSeparators(m_dir->filePath(shown)), QDir::toNativeSeparators(nearest)})
+                             .toQString();
+    QVERIFY2(errors == QStringList{told}, qPrintable(errors.join(u'|')));
+    // The rows shown are those of the folder that exists.
+    QTRY_COMPARE(m_pane->proxy()->rowCount(view()->rootIndex()),
+                 int(QDir(nearest).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size()));
+}
+
+void TestThumbnailPane::fileRemovedBeforeImportIsNotSent()
+{
+    m_host->actionTexts = QStringList{rContentBrowserContextMenuImportVelaFile.asQString(),
+                                      rContentBrowserContextMenuReferenceVelaFile.asQString()};
+    makePane();
+    show(m_dir->path());
+    for (const bool reference : {false, true}) {
+        const QString file = make(QStringLiteral("brief.vela"));
+        QVERIFY(!file.isEmpty());
+        QTRY_VERIFY(m_pane->fileModel()->index(file).isValid() && view()->visualRect(m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file))).isValid());
+        QMenu* menu = menuAt(centreOf(QStringLiteral("brief.vela")));
+        QVERIFY(menu);
+        // Gone while the menu was open.
+        QVERIFY(QFile::remove(file));
+        TcommandEngine::clearRecord();
+        clickEntry(menu, menu->actions().at(reference ? 1 : 0));
+        QCoreApplication::processEvents();
+        QStringList errors;
+        for (const TcommandRecord& entry : TcommandEngine::record()) {
+            QVERIFY2(entry.kind == TcommandRecord::Kind::Error, qPrintable(entry.command));
+            errors << entry.answer;
+        }
+        QCOMPARE(errors, QStringList{TstringId("kContentBrowserFileGone").format({QDir::toNativeSeparators(file)}).toQString()});
+    }
+}
+
+void TestThumbnailPane::unreadableFolderSaysSo()
+{
+#ifdef Q_OS_UNIX
+    if (::geteuid() == 0)
+        QSKIP("permissions do not bind the superuser");
+#endif
+    QVERIFY(!make(QStringLiteral("locked/x.vela")).isEmpty());
+    const QString locked = m_dir->filePath(QStringLiteral("locked"));
+    QVERIFY(QFile::setPermissions(locked, QFileDevice::WriteOwner));
+    makePane();
+    m_pane->setListViewRootIndex(locked);
+    QLabel* notice = view()->viewport()->findChild<QLabel*>(QStringLiteral("folderNotice"));
+    QVERIFY(notice && notice->isVisible());
+    QCOMPARE(notice->text(), TstringId("kContentBrowserFolderUnreadable").asQString());
+
+    m_pane->setListViewRootIndex(m_dir->path());
+    QVERIFY(!notice->isVisible());
+    QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
 }
 
 void TestThumbnailPane::switchingViewsCarriesSearchAndRoot()

@@ -6,16 +6,26 @@
 #include "Tstring.h"
 #include "TstringArray.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QProcess>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
 #include <limits>
 #include <memory>
+
+#ifdef Q_OS_UNIX
+#include <sys/resource.h>
+#include <sys/stat.h>
+#endif
 
 namespace {
 
@@ -157,6 +167,7 @@ private Q_SLOTS:
         TprefOptionVar::setOptionVarValue("aFilter", Tstring("png"), contentBrowser);
         TprefOptionVar::setOptionVarValue("aThumbnailSize", 128, contentBrowser);
         TprefOptionVar::removeOptionVar("aFilter");
+        TprefOptionVar::flush();
 
         const QJsonObject stored = QJsonDocument::fromJson(readAll(path)).object().value("optionVars").toObject();
         QCOMPARE(QStringList(stored.keys()), QStringList{"aThumbnailSize"});
@@ -236,9 +247,143 @@ private Q_SLOTS:
 
         TprefOptionVar::setOptionVarValue("a", 1, contentBrowser);
         TprefOptionVar::setOptionVarValue("a", 2, contentBrowser);
+        TprefOptionVar::flush();
         TprefOptionVar::removeOptionVar("a");
+        TprefOptionVar::flush();
         QCOMPARE(m_errors.size(), 1);
         QVERIFY2(m_errors.first().contains("prefs"), qPrintable(m_errors.first()));
+    }
+
+    void changesOfOnePassAreWrittenTogetherOffTheGuiThread()
+    {
+        TprefOptionVar::setPreferenceDirectory(m_dir->path());
+        const QString path = TprefOptionVar::storeFilePath();
+        for (int i = 0; i < 200; ++i)
+            TprefOptionVar::setOptionVarValue(Tstring(QStringLiteral("many%1").arg(i)), i, contentBrowser);
+        TprefOptionVar::removeOptionVar("many7");
+        // Nothing is written while the pass that made the changes runs.
+        QVERIFY(!QFileInfo::exists(path));
+
+        QTRY_VERIFY(QJsonDocument::fromJson(readAll(path)).object().value("optionVars").toObject().size() == 199);
+        const QJsonObject stored = QJsonDocument::fromJson(readAll(path)).object().value("optionVars").toObject();
+        QVERIFY(!stored.contains("many7"));
+        QCOMPARE(stored.value("many199").toObject().value("value").toInt(), 199);
+        QVERIFY(m_errors.isEmpty());
+    }
+
+    void failedWriteKeepsValuesAndIsRetried()
+    {
+#ifndef Q_OS_UNIX
+        QSKIP("needs a file size limit");
+#else
+        TprefOptionVar::setPreferenceDirectory(m_dir->path());
+        TprefOptionVar::setOptionVarValue("kept", 1, contentBrowser);
+        TprefOptionVar::flush();
+        const QString path = TprefOptionVar::storeFilePath();
+        const QByteArray before = readAll(path);
+
+        // A file size limit below the new file's size fails its writes as a full disk would.
+        rlimit saved {};
+        QVERIFY(::getrlimit(RLIMIT_FSIZE, &saved) == 0);
+        const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit small = saved;
+        small.rlim_cur = rlim_t(before.size());
+        QVERIFY(::setrlimit(RLIMIT_FSIZE, &small) == 0);
+        TprefOptionVar::setOptionVarValue("added", Tstring(QString(500, u'x')), contentBrowser);
+        TprefOptionVar::flush();
+        TprefOptionVar::setOptionVarValue("addedToo", 2, contentBrowser);
+        TprefOptionVar::flush();
+        ::setrlimit(RLIMIT_FSIZE, &saved);
+        std::signal(SIGXFSZ, previousHandler);
+
+        QCOMPARE(readAll(path), before);
+        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"optionVars.json"});
+        QCOMPARE(TprefOptionVar::intValue("addedToo", 0), 2);
+        QCOMPARE(m_errors.size(), 1);
+        QVERIFY2(m_errors.first().contains("optionVars.json"), qPrintable(m_errors.first()));
+
+        // The next write carries what failed before.
+        TprefOptionVar::setOptionVarValue("later", 3, contentBrowser);
+        TprefOptionVar::setPreferenceDirectory(m_dir->path());
+        QCOMPARE(TprefOptionVar::intValue("kept", 0), 1);
+        QCOMPARE(TprefOptionVar::intValue("addedToo", 0), 2);
+        QCOMPARE(TprefOptionVar::intValue("later", 0), 3);
+        Tstring text;
+        QVERIFY(TprefOptionVar::getOptionVarValue("added", text) && text.toQString().size() == 500);
+        QCOMPARE(m_errors.size(), 1);
+#endif
+    }
+
+    void twoProcessesLoseNothing()
+    {
+        constexpr int count = 60;
+        TprefOptionVar::setPreferenceDirectory(m_dir->path());
+        QProcess child;
+        child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        child.start(QCoreApplication::applicationFilePath(),
+                    {QStringLiteral("--writer-child"), m_dir->path(), QString::number(count)});
+        QVERIFY(child.waitForStarted());
+        // Both write in turn, each value in a pass of its own.
+        for (int i = 0; i < count; ++i) {
+            TprefOptionVar::setOptionVarValue(Tstring(QStringLiteral("parent%1").arg(i)), i, contentBrowser);
+            TprefOptionVar::flush();
+            QCoreApplication::processEvents();
+        }
+        QSignalSpy finished(&child, &QProcess::finished);
+        QVERIFY(child.state() == QProcess::NotRunning || finished.wait(60000));
+        QCOMPARE(child.exitCode(), 0);
+
+        // What the other process wrote has reached this one, listeners and all.
+        QTRY_COMPARE(TprefOptionVar::intValue(Tstring(QStringLiteral("child%1").arg(count - 1)), -1), count - 1);
+        TprefOptionVar::setPreferenceDirectory(m_dir->path());
+        for (int i = 0; i < count; ++i) {
+            QVERIFY2(TprefOptionVar::intValue(Tstring(QStringLiteral("parent%1").arg(i)), -1) == i, qPrintable(QString::number(i)));
+            QVERIFY2(TprefOptionVar::intValue(Tstring(QStringLiteral("child%1").arg(i)), -1) == i, qPrintable(QString::number(i)));
+        }
+        QVERIFY(m_errors.isEmpty());
+    }
+
+    void killedWriterLeavesAWholeFile()
+    {
+        const QString path = QDir(m_dir->path()).filePath("optionVars.json");
+        QProcess child;
+        child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        child.start(QCoreApplication::applicationFilePath(),
+                    {QStringLiteral("--writer-child"), m_dir->path(), QStringLiteral("1000000")});
+        QVERIFY(child.waitForStarted());
+        // Killed at whatever point of a write it has reached once the store has grown a little.
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path).size() > 4000, 30000);
+        child.kill();
+        QVERIFY(child.waitForFinished());
+
+        TprefOptionVar::setPreferenceDirectory(m_dir->path());
+        QVERIFY2(m_errors.isEmpty(), qPrintable(m_errors.join(u'|')));
+        QVERIFY(TprefOptionVar::keys().size() > 10);
+        QCOMPARE(TprefOptionVar::intValue("child0", -1), 0);
+        // Nothing half-written is left beside it.
+        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"optionVars.json"});
+    }
+
+    void nonRegularStoreIsLeftAlone()
+    {
+#ifndef Q_OS_UNIX
+        QSKIP("needs FIFOs");
+#else
+        // Opening the FIFO would wait for a writer for ever: the risky part runs in a child
+        // process that is killed if it does not finish.
+        QProcess child;
+        child.setProcessChannelMode(QProcess::MergedChannels);
+        child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--fifo-child"), m_dir->path()});
+        QVERIFY(child.waitForStarted());
+        const bool finished = child.waitForFinished(30000);
+        if (!finished)
+            child.kill();
+        QVERIFY2(finished, "starting the store with a FIFO in place did not finish");
+        const QByteArray output = child.readAll();
+        QVERIFY2(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0, output.constData());
+        const QFileInfo fifo(QDir(m_dir->path()).filePath("optionVars.json"));
+        QVERIFY(fifo.exists() && !fifo.isFile());
+#endif
     }
 
     void listenersHearSetsAndRemovals()
@@ -287,5 +432,49 @@ private:
     QStringList m_errors;
 };
 
-QTEST_MAIN(TestHostOptionVars)
+// The other host of twoProcessesLoseNothing: writes its own variables in turn.
+static int writerChild(const QString& dir, int count)
+{
+    TprefOptionVar::setPreferenceDirectory(dir);
+    for (int i = 0; i < count; ++i) {
+        TprefOptionVar::setOptionVarValue(Tstring(QStringLiteral("child%1").arg(i)), i, contentBrowser);
+        TprefOptionVar::flush();
+        QCoreApplication::processEvents();
+    }
+    TprefOptionVar::flush();
+    return 0;
+}
+
+#ifdef Q_OS_UNIX
+// The child of nonRegularStoreIsLeftAlone: optionVars.json is a FIFO.
+static int fifoChild(const QString& dir)
+{
+    QStringList errors;
+    TcommandEngine::setErrorDisplay([&errors](const QString& text) { errors.append(text); });
+    const QString path = QDir(dir).filePath("optionVars.json");
+    if (::mkfifo(QFile::encodeName(path).constData(), 0600) != 0)
+        return 2;
+    TprefOptionVar::setPreferenceDirectory(dir);
+    if (errors.size() != 1 || !errors.first().contains("optionVars.json") || !TprefOptionVar::keys().isEmpty())
+        return 3;
+    TprefOptionVar::setOptionVarValue("a", 1, contentBrowser);
+    TprefOptionVar::flush();
+    if (TprefOptionVar::intValue("a", 0) != 1 || errors.size() != 1)
+        return 4;
+    return QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size() == 1 ? 0 : 5;
+}
+#endif
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    if (argc == 4 && qstrcmp(argv[1], "--writer-child") == 0)
+        return writerChild(QString::fromLocal8Bit(argv[2]), QByteArray(argv[3]).toInt());
+#ifdef Q_OS_UNIX
+    if (argc == 3 && qstrcmp(argv[1], "--fifo-child") == 0)
+        return fifoChild(QString::fromLocal8Bit(argv[2]));
+#endif
+    TestHostOptionVars test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_hostoptionvars.moc"

@@ -1,13 +1,16 @@
 #include "TfavoritesFile.h"
 #include "TrecordingHost.h"
+#include "TsafeFile.h"
 
 #include "TcommandEngine.h"
 #include "TstringId.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileDevice>
 #include <QFileInfo>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
@@ -16,6 +19,7 @@
 
 #ifdef Q_OS_UNIX
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -72,7 +76,7 @@ QString notice(const char* key, std::initializer_list<TformatArg> args)
     return TstringId(key).format(args).toQString();
 }
 
-enum class Failure { MissingDirectory, ReadOnlyDirectory, FullDisk };
+enum class Failure { MissingDirectory, ReadOnlyDirectory, FullDisk, FullDiskMidWrite };
 
 } // namespace
 
@@ -98,10 +102,16 @@ private Q_SLOTS:
     void quietEmptyStarts();
     void unreadableFileIsKeptBeforeTheFirstWrite_data();
     void unreadableFileIsKeptBeforeTheFirstWrite();
-    void fileThatCannotBeKeptIsNeverReplaced();
+    void otherMembersAreKept_data();
+    void otherMembersAreKept();
+    void nonRegularFileIsLeftAlone_data();
+    void nonRegularFileIsLeftAlone();
     void failedWriteLeavesDiskAndMemory_data();
     void failedWriteLeavesDiskAndMemory();
     void withoutPreferenceDirNothingIsTouched();
+    void twoHostsMergeTheirChanges_data();
+    void twoHostsMergeTheirChanges();
+    void twoProcessesLoseNothing();
 
 private:
     QString m_dir;
@@ -278,6 +288,9 @@ void TestFavoritesFile::unreadableFileIsKeptBeforeTheFirstWrite_data()
     QTest::newRow("an entry holding an object") << QByteArray("{\"favorites\": {\"A\": {\"b\": \"/c\"}}}");
     QTest::newRow("deeply nested") << QByteArray(200000, '[') + QByteArray(200000, ']');
     QTest::newRow("not UTF-8") << QByteArray("{\"favorites\": {\"\": \"/caf\xE9\"}}");
+    QTest::newRow("favorites twice") << QByteArray("{\"favorites\": {\"\": \"/a\"}, \"favorites\": {}}");
+    QTest::newRow("another member not JSON") << QByteArray("{\"favorites\": {\"\": \"/a\"}, \"x\": [1,]}");
+    QTest::newRow("another member cut short") << QByteArray("{\"favorites\": {\"\": \"/a\"}, \"x\": {\"y\": 1}");
     QByteArray huge("{\"favorites\": {\"\": \"/a\"");
     huge += QByteArray(int(TfavoritesFile::kMaxFileSize), ' ');
     huge += "}}";
@@ -317,26 +330,112 @@ void TestFavoritesFile::unreadableFileIsKeptBeforeTheFirstWrite()
     QCOMPARE(again.entries(), entries({"", "/new", "", "/newer"}));
 }
 
-void TestFavoritesFile::fileThatCannotBeKeptIsNeverReplaced()
+void TestFavoritesFile::otherMembersAreKept_data()
 {
-    // A folder where the file should be can be neither read nor copied aside.
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<Entries>("expected");
+    QTest::addColumn<QByteArrayList>("kept");
+
+    QTest::newRow("a number after the favorites")
+        << QByteArray("{\n    \"favorites\": {\n        \"\": \"\\/a\"\n    },\n    \"version\": 3\n}\n")
+        << entries({"", "/a"}) << QByteArrayList{"\"version\": 3"};
+    QTest::newRow("nested members before the favorites")
+        << QByteArray("{\"layout\": {\"columns\": [1, 2, {\"deep\": [[[null]]]}], \"on\": true},\n"
+                      " \"favorites\": {\"F\": \"/f\", \"\": \"/t\"}, \"note\": \"keep \\\"me\\\"\"}")
+        << entries({"", "/t", "F", "/f"})
+        << QByteArrayList{"\"layout\": {\"columns\": [1, 2, {\"deep\": [[[null]]]}], \"on\": true}",
+                          "\"note\": \"keep \\\"me\\\"\""};
+    QTest::newRow("escaped and non-ASCII names, favorites as an array")
+        << QByteArray("{\"\\u00e9t\\u00e9\": false, \"favorites\": [\"\\/a\"], \"\xE6\x97\xA5\": -1.5e3}")
+        << entries({"", "/a"}) << QByteArrayList{"\"\\u00e9t\\u00e9\": false", "\"\xE6\x97\xA5\": -1.5e3"};
+    QTest::newRow("a member deeper than favorites may go")
+        << QByteArray("{\"favorites\": {}, \"deep\": ") + QByteArray(500, '[') + QByteArray(500, ']') + "}"
+        << Entries() << QByteArrayList{"\"deep\": " + QByteArray(500, '[') + QByteArray(500, ']')};
+}
+
+void TestFavoritesFile::otherMembersAreKept()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(Entries, expected);
+    QFETCH(QByteArrayList, kept);
+
+    QVERIFY(writeBytes(m_location, bytes));
+    TfavoritesFile file(m_dir);
+    QCOMPARE(file.read(), TfavoritesFile::ReadResult::Read);
+    QVERIFY2(file.entries() == expected, qPrintable(describe(file.entries())));
+
+    // Every write keeps them, and they read back as they were.
+    Entries more = expected;
+    more.append(TfavoritesFile::Entry{QStringLiteral("New"), QStringLiteral("/n")});
+    QVERIFY(file.write(TfavoritesFile::treeOf(more)));
+    QVERIFY(file.write(TfavoritesFile::treeOf(more + entries({"", "/m"}))));
+    const QByteArray written = readBytes(m_location);
+    for (const QByteArray& member : kept)
+        QVERIFY2(written.contains(member), written.constData());
+    QCOMPARE(written.count("\"favorites\""), 1);
+
+    TfavoritesFile again(m_dir);
+    QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
+    QCOMPARE(again.entries().size(), expected.size() + 2);
+    QCOMPARE(again.otherMembers(), file.otherMembers());
+    QCOMPARE(again.otherMembers().size(), kept.size());
+    QVERIFY(shownErrors().isEmpty());
+    QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
+}
+
+void TestFavoritesFile::nonRegularFileIsLeftAlone_data()
+{
+    QTest::addColumn<QString>("kind");
+
+    QTest::newRow("folder") << QStringLiteral("folder");
+#ifdef Q_OS_UNIX
+    QTest::newRow("FIFO") << QStringLiteral("fifo");
+#endif
+}
+
+void TestFavoritesFile::nonRegularFileIsLeftAlone()
+{
+    QFETCH(QString, kind);
+
+#ifdef Q_OS_UNIX
+    if (kind == QLatin1String("fifo")) {
+        // Opening the FIFO would wait for a writer for ever: the risky part runs in a child
+        // process that is killed if it does not finish.
+        QProcess child;
+        child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--fifo-child"), m_dir});
+        QVERIFY(child.waitForStarted());
+        const bool finished = child.waitForFinished(30000);
+        if (!finished)
+            child.kill();
+        QVERIFY2(finished, "reading or writing favorites with a FIFO in place did not finish");
+        const QByteArray output = child.readAllStandardOutput() + child.readAllStandardError();
+        QVERIFY2(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0, output.constData());
+        QVERIFY(QFileInfo(m_location).exists() && !QFileInfo(m_location).isFile());
+        return;
+    }
+#endif
     QVERIFY(QDir().mkpath(m_location + QStringLiteral("/inside")));
     TfavoritesFile file(m_dir);
     QCOMPARE(file.read(), TfavoritesFile::ReadResult::Unreadable);
-    const QString aside = file.keptAsidePath();
+    QVERIFY(file.keptAsidePath().isEmpty());
+    const QString told = notice("kContentBrowserFavoritesNotAFile", {QDir::toNativeSeparators(m_location)});
+    QCOMPARE(shownErrors(), QStringList{told});
 
-    const TfavoritesFile::Tree wanted = TfavoritesFile::treeOf(entries({"", "/a"}));
-    QVERIFY(!file.write(wanted));
-    QVERIFY(file.entries().isEmpty());
+    // Favorites work for the session; what stands there is never replaced or copied, and the
+    // user is not told again.
+    QVERIFY(file.write(TfavoritesFile::treeOf(entries({"", "/a"}))));
+    QVERIFY(file.write(TfavoritesFile::treeOf(entries({"", "/a", "", "/b"}))));
+    QCOMPARE(file.entries(), entries({"", "/a", "", "/b"}));
     QVERIFY(QFileInfo(m_location + QStringLiteral("/inside")).isDir());
-    QCOMPARE(shownErrors().size(), 2);
-    QCOMPARE(shownErrors().last(), notice("kContentBrowserFavoritesNotKeptAside", {QDir::toNativeSeparators(m_location),
-                                                                                    QDir::toNativeSeparators(aside)}));
+    QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
+    QCOMPARE(shownErrors(), QStringList{told});
 
     // Once the user has moved it away, favorites are saved again.
     QVERIFY(QDir(m_location).removeRecursively());
-    QVERIFY(file.write(wanted));
-    QCOMPARE(file.entries(), entries({"", "/a"}));
+    QVERIFY(file.write(TfavoritesFile::treeOf(entries({"", "/a", "", "/c"}))));
+    TfavoritesFile again(m_dir);
+    QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
+    QCOMPARE(again.entries(), entries({"", "/a", "", "/c"}));
 }
 
 void TestFavoritesFile::failedWriteLeavesDiskAndMemory_data()
@@ -348,6 +447,7 @@ void TestFavoritesFile::failedWriteLeavesDiskAndMemory_data()
 #ifdef Q_OS_UNIX
     QTest::newRow("full disk") << Failure::FullDisk;
 #endif
+    QTest::newRow("disk full half-way through") << Failure::FullDiskMidWrite;
 }
 
 void TestFavoritesFile::failedWriteLeavesDiskAndMemory()
@@ -387,6 +487,10 @@ void TestFavoritesFile::failedWriteLeavesDiskAndMemory()
         ::setrlimit(RLIMIT_FSIZE, &saved);
         std::signal(SIGXFSZ, previousHandler);
 #endif
+    } else if (failure == Failure::FullDiskMidWrite) {
+        TsafeFile::failWritesEndingWithForTesting(QStringLiteral("/favs.json"));
+        written = file.write(wanted);
+        TsafeFile::failWritesEndingWithForTesting(QString());
     } else {
         written = file.write(wanted);
     }
@@ -412,5 +516,132 @@ void TestFavoritesFile::withoutPreferenceDirNothingIsTouched()
     QVERIFY(shownErrors().isEmpty());
 }
 
-QTEST_MAIN(TestFavoritesFile)
+void TestFavoritesFile::twoHostsMergeTheirChanges_data()
+{
+    QTest::addColumn<Entries>("start");
+    QTest::addColumn<Entries>("first");
+    QTest::addColumn<Entries>("second");
+    QTest::addColumn<Entries>("expected");
+
+    const Entries start = entries({"", "/a", "F", "/f1", "F", "/f2"});
+    QTest::newRow("both add") << start << start + entries({"", "/one"}) << start + entries({"G", "/two"})
+                              << entries({"", "/a", "", "/one", "F", "/f1", "F", "/f2", "G", "/two"});
+    QTest::newRow("one removes, the other adds")
+        << start << entries({"F", "/f1", "F", "/f2"}) << start + entries({"", "/b"})
+        << entries({"", "/b", "F", "/f1", "F", "/f2"});
+    QTest::newRow("both add the same path") << start << start + entries({"", "/same"})
+                                            << start + entries({"", "/same"})
+                                            << entries({"", "/a", "", "/same", "F", "/f1", "F", "/f2"});
+    QTest::newRow("one renames a folder, the other adds to another")
+        << start << entries({"", "/a", "Renamed", "/f1", "Renamed", "/f2"}) << start + entries({"H", "/h"})
+        << entries({"", "/a", "H", "/h", "Renamed", "/f1", "Renamed", "/f2"});
+    QTest::newRow("both remove the same") << start << entries({"", "/a", "F", "/f2"}) << entries({"", "/a", "F", "/f2"})
+                                          << entries({"", "/a", "F", "/f2"});
+}
+
+void TestFavoritesFile::twoHostsMergeTheirChanges()
+{
+    QFETCH(Entries, start);
+    QFETCH(Entries, first);
+    QFETCH(Entries, second);
+    QFETCH(Entries, expected);
+
+    TfavoritesFile seed(m_dir);
+    QVERIFY(seed.write(TfavoritesFile::treeOf(start)));
+    TfavoritesFile one(m_dir);
+    TfavoritesFile two(m_dir);
+    QCOMPARE(one.read(), TfavoritesFile::ReadResult::Read);
+    QCOMPARE(two.read(), TfavoritesFile::ReadResult::Read);
+
+    QVERIFY(one.write(TfavoritesFile::treeOf(first)));
+    // The second host never saw the first one's change; writing its own keeps both.
+    QVERIFY(two.write(TfavoritesFile::treeOf(second)));
+    QVERIFY2(two.entries() == expected, qPrintable(describe(two.entries())));
+    const bool changes = one.entries() != expected;
+    QCOMPARE(one.reload(), changes);
+    QVERIFY2(one.entries() == expected, qPrintable(describe(one.entries())));
+    TfavoritesFile again(m_dir);
+    QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
+    QVERIFY2(again.entries() == expected, qPrintable(describe(again.entries())));
+    QVERIFY(shownErrors().isEmpty());
+    QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
+}
+
+void TestFavoritesFile::twoProcessesLoseNothing()
+{
+    constexpr int count = 60;
+    TfavoritesFile file(m_dir);
+    QCOMPARE(file.read(), TfavoritesFile::ReadResult::NoFile);
+    QProcess child;
+    child.setProcessChannelMode(QProcess::ForwardedChannels);
+    child.start(QCoreApplication::applicationFilePath(),
+                {QStringLiteral("--favorites-child"), m_dir, QString::number(count)});
+    QVERIFY(child.waitForStarted());
+    // Both add in turn, each favorite in a write of its own.
+    for (int i = 0; i < count; ++i) {
+        TfavoritesFile::Tree favorites = file.favorites();
+        TfavoritesFile::addEntry(favorites, QStringLiteral("Parent"), QStringLiteral("/parent/%1").arg(i));
+        QVERIFY(file.write(favorites));
+    }
+    QVERIFY(child.waitForFinished(60000));
+    QCOMPARE(child.exitCode(), 0);
+
+    TfavoritesFile again(m_dir);
+    QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
+    QCOMPARE(again.entries().size(), 2 * count);
+    for (int i = 0; i < count; ++i) {
+        QVERIFY2(TfavoritesFile::containsPath(again.favorites(), QStringLiteral("/parent/%1").arg(i)), qPrintable(QString::number(i)));
+        QVERIFY2(TfavoritesFile::containsPath(again.favorites(), QStringLiteral("/child/%1").arg(i)), qPrintable(QString::number(i)));
+    }
+    QVERIFY(shownErrors().isEmpty());
+}
+
+// The other host of twoProcessesLoseNothing.
+static int favoritesChild(const QString& dir, int count)
+{
+    TfreshHostState host;
+    TfavoritesFile file(dir);
+    file.read();
+    for (int i = 0; i < count; ++i) {
+        TfavoritesFile::Tree favorites = file.favorites();
+        TfavoritesFile::addEntry(favorites, QString(), QStringLiteral("/child/%1").arg(i));
+        if (!file.write(favorites))
+            return 2;
+    }
+    return shownErrors().isEmpty() ? 0 : 3;
+}
+
+#ifdef Q_OS_UNIX
+// The child of the FIFO case: favs.json is a FIFO; reading and writing favorites must neither
+// block nor replace it.
+static int fifoChild(const QString& dir)
+{
+    TfreshHostState host;
+    const QString location = dir + QStringLiteral("/favs.json");
+    if (::mkfifo(QFile::encodeName(location).constData(), 0600) != 0)
+        return 2;
+    TfavoritesFile file(dir);
+    if (file.read() != TfavoritesFile::ReadResult::Unreadable || !file.keptAsidePath().isEmpty())
+        return 3;
+    if (!file.write(TfavoritesFile::treeOf(entries({"", "/a"}))) || file.entries() != entries({"", "/a"}))
+        return 4;
+    const QStringList errors = shownErrors();
+    if (errors != QStringList{notice("kContentBrowserFavoritesNotAFile", {QDir::toNativeSeparators(location)})})
+        return 5;
+    return QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size() == 1 ? 0 : 6;
+}
+#endif
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+#ifdef Q_OS_UNIX
+    if (argc == 3 && qstrcmp(argv[1], "--fifo-child") == 0)
+        return fifoChild(QString::fromLocal8Bit(argv[2]));
+#endif
+    if (argc == 4 && qstrcmp(argv[1], "--favorites-child") == 0)
+        return favoritesChild(QString::fromLocal8Bit(argv[2]), QByteArray(argv[3]).toInt());
+    TestFavoritesFile test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_favoritesfile.moc"

@@ -134,6 +134,8 @@ private Q_SLOTS:
     void failedWritesChangeNothing_data();
     void failedWritesChangeNothing();
     void unreadableFileStartsEmptyAndIsKept();
+    void anotherHostsChangesAppear();
+    void locationIconsFollowInTheBackground();
     void fileCommands_data();
     void fileCommands();
 
@@ -192,6 +194,58 @@ void TestFavoritesOrganizer::makeContent(const QStringList& entries)
         QFile file(dir.filePath(entry));
         QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(entry));
     }
+}
+
+void TestFavoritesOrganizer::anotherHostsChangesAppear()
+{
+    writeFile({"", "$C/Scenes", "Group", "$C/Props", "Group", "$C/Models"});
+    organizer();
+    QTreeView* view = organizer()->view();
+    QStandardItem* group = itemNamed("Group");
+    QVERIFY(group);
+    view->expand(group->index());
+    select({"Props"});
+
+    // Another host adds a favorite and drops one; the tree follows, keeping what was
+    // selected and open.
+    TfavoritesFile other(m_prefs);
+    QCOMPARE(other.read(), TfavoritesFile::ReadResult::Read);
+    TfavoritesFile::Tree favorites = other.favorites();
+    TfavoritesFile::addEntry(favorites, QStringLiteral("Group"), path("Lights"));
+    TfavoritesFile::eraseEntry(favorites, QString(), path("Scenes"));
+    QVERIFY(other.write(favorites));
+    QTRY_VERIFY(itemNamed("Lights"));
+    QVERIFY(!itemNamed("Scenes"));
+    group = itemNamed("Group");
+    QVERIFY(view->isExpanded(group->index()));
+    const QModelIndexList selected = view->selectionModel()->selectedRows();
+    QVERIFY(selected.size() == 1 && selected.first().data().toString() == QLatin1String("Props"));
+
+    // This host's own change is written into what the other wrote, not over it.
+    TfavoritesFile::addEntry(favorites, QString(), path("Work"));
+    QVERIFY(other.write(favorites));
+    organizer()->addPathToFavorites({path("Textures")});
+    QTRY_VERIFY(itemNamed("Work"));
+    QVERIFY(itemNamed("Textures"));
+    TfavoritesFile again(m_prefs);
+    QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
+    for (const char* name : {"Props", "Models", "Lights", "Work", "Textures"})
+        QVERIFY2(TfavoritesFile::containsPath(again.favorites(), path(name)), name);
+    QCOMPARE(again.entries().size(), 5);
+}
+
+void TestFavoritesOrganizer::locationIconsFollowInTheBackground()
+{
+    writeFile({"", "$C/Scenes", "", "$C/Scenes/hero.ma", "Group", "$C/gone.ma"});
+    organizer();
+    const qint64 folderIcon = itemNamed("Scenes")->icon().cacheKey();
+    // Files get icons of their own; a location that is gone shows a plain file.
+    QTRY_VERIFY(itemNamed("hero.ma")->icon().cacheKey() != folderIcon);
+    QTRY_VERIFY(itemNamed("gone.ma")->icon().cacheKey() != folderIcon);
+    QCOMPARE(itemNamed("Scenes")->icon().cacheKey(), folderIcon);
+
+    organizer()->addPathToFavorites({path("Scenes/notes.txt")});
+    QTRY_VERIFY(itemNamed("notes.txt")->icon().cacheKey() != folderIcon);
 }
 
 TfavoritesOrganizer* TestFavoritesOrganizer::organizer()
