@@ -326,12 +326,12 @@ void TstTreeViewPane::chosenFolderComesIntoSight()
     auto* pane = new TreeViewPane(m_dir->path(), m_options, &window);
     layout->addWidget(pane);
     window.resize(300, 260);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
     TfileSystemModel* model = pane->systemModel();
     TdirectoryFilterProxy* proxy = pane->systemProxy();
     BrowserTreeView* tree = pane->systemTree();
 
+    // Chosen before the event loop has run: nothing of the listing has arrived yet, and the
+    // tree has never been shown.
     if (how == QLatin1String("restore")) {
         pane->setContext(QStringLiteral("scroll"), QStringLiteral("system"), target);
     } else {
@@ -340,6 +340,9 @@ void TstTreeViewPane::chosenFolderComesIntoSight()
         // As the favorites or the library tab would.
         Q_EMIT pane->newPathSelected(target);
     }
+    QVERIFY(model->rowCount(model->index(m_dir->path())) < listed);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
     QTRY_COMPARE_WITH_TIMEOUT(model->rowCount(model->index(m_dir->path())), listed, 30000);
     if (how == QLatin1String("other tab")) {
         QVERIFY2(!tree->isVisible(), qPrintable(row));
