@@ -292,7 +292,7 @@ bool TreeViewPane::eventFilter(QObject* watched, QEvent* event)
         case QEvent::MouseButtonPress:
         case QEvent::Wheel:
         case QEvent::KeyPress:
-            // The user moves the tree now; it must not jump back under his hands.
+            // The user moves the tree now; it must not jump back under the pointer.
             m_revealed = QModelIndex();
             break;
         case QEvent::Show:

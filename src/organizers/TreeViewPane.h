@@ -127,7 +127,7 @@ private:
     QHash<int, int> m_tabIndexes;
     QString m_lastClicked;
     QString m_contextKey;
-    // The folder the tree keeps in sight; invalid once the user has moved the tree himself.
+    // The folder the tree keeps in sight; invalid once the user has moved the tree.
     QPersistentModelIndex m_revealed;
     bool m_revealScheduled = false;
 };

@@ -721,7 +721,7 @@ void TestThumbnailPane::aFileGivenAsRootIsSelected()
     QTRY_COMPARE(m_pane->proxy()->rowCount(view()->rootIndex()), 61);
     // Still selected, and in sight, once the whole folder is there.
     QVERIFY2(m_pane->selectedPaths() == QStringList{file}, qPrintable(row + ": selection lost"));
-    const QModelIndex index = m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file));
+    const QPersistentModelIndex index = m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file));
     QTRY_VERIFY2(view()->viewport()->rect().contains(view()->visualRect(index).center()), qPrintable(row + ": out of sight"));
 
     // An entry of another folder is no entry of the shown one.

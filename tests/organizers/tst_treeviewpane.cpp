@@ -357,7 +357,7 @@ void TstTreeViewPane::chosenFolderComesIntoSight()
     };
     QTRY_VERIFY2(inSight(), qPrintable(row + ": out of sight"));
 
-    // Once the user scrolls, the tree stays where he put it.
+    // Once the user scrolls, the tree stays where the user put it.
     tree->verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMinimum);
     QVERIFY2(!inSight(), qPrintable(row + ": still in sight at the top"));
     tree->resize(tree->width(), tree->height() - 1);
