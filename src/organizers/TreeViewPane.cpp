@@ -66,6 +66,9 @@ TreeViewPane::TreeViewPane(const TassetBrowserOptions& options, QWidget* parent)
 TreeViewPane::~TreeViewPane()
 {
     // The tree and the model go with the widget tree; the icon provider must outlive them.
+    // The tree's last events must not reach this half-destroyed pane.
+    m_tree->removeEventFilter(this);
+    m_tree->viewport()->removeEventFilter(this);
     delete m_tree;
     delete m_model;
 }
@@ -287,7 +290,8 @@ void TreeViewPane::scrollToRevealed()
 
 bool TreeViewPane::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_tree || watched == m_tree->viewport()) {
+    // Compared by address only: the tree may be partly destroyed when its last events come.
+    if (watched == m_tree || (watched && watched->parent() == m_tree)) {
         switch (event->type()) {
         case QEvent::MouseButtonPress:
         case QEvent::Wheel:
