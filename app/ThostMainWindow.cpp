@@ -23,6 +23,7 @@
 #include <QInputDialog>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
 
@@ -41,6 +42,14 @@ QStringList libraryFolders()
     return folders;
 }
 } // namespace
+
+void ThostMainWindow::keepQtSettingsIn(const QString& folder)
+{
+    // On this platform the native format is the INI format; both are set so that neither
+    // can reach the user's own settings folder.
+    for (const QSettings::Format format : {QSettings::NativeFormat, QSettings::IniFormat})
+        QSettings::setPath(format, QSettings::UserScope, folder);
+}
 
 ThostMainWindow::ThostMainWindow(const Settings& settings)
     : m_scaling(std::make_unique<ThostDpiScaling>())

@@ -38,6 +38,11 @@ public:
     explicit ThostMainWindow(const Settings& settings);
     ~ThostMainWindow() override;
 
+    // Makes Qt's own per-user settings of this process (the file dialogs' recent folders and
+    // view state, among others) live in folder, beside the host's preferences, instead of
+    // the user's settings folder. Call it before anything reads settings.
+    static void keepQtSettingsIn(const QString& folder);
+
     ORLOAssetBrowser* browser() const { return m_browser; }
     ThostConsole* console() const { return m_console; }
     ThostSceneDock* sceneDock() const { return m_sceneDock; }

@@ -139,6 +139,7 @@ int main(int argc, char** argv)
         : QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
     if (!QDir().mkpath(settings.preferenceDir))
         return fail(QStringLiteral("cannot create the preference folder %1").arg(settings.preferenceDir));
+    ThostMainWindow::keepQtSettingsIn(settings.preferenceDir);
     settings.appDir = QCoreApplication::applicationDirPath();
     const QStringList positional = parser.positionalArguments();
     if (positional.size() > 1)

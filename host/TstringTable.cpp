@@ -103,6 +103,23 @@ const Entry englishTexts[] = {
     {"rTooltipSortby", "Sort by"},
     {"rTooltipThumbnailview", "Thumbnail view"},
 
+    // What the content views say when a search matches nothing, and the names the type
+    // column gives the 3D formats that the desktop's file types name poorly or not at all.
+    {"kContentBrowserSearchNoMatch", "No items match"},
+    {"rContentBrowserFileKindObj", "Wavefront OBJ Model"},
+    {"rContentBrowserFileKindFbx", "FBX Scene"},
+    {"rContentBrowserFileKindAbc", "Alembic Cache"},
+    {"rContentBrowserFileKindUsd", "USD Scene"},
+    {"rContentBrowserFileKindUsda", "USD Scene (Text)"},
+    {"rContentBrowserFileKindUsdc", "USD Scene (Binary)"},
+    {"rContentBrowserFileKindUsdz", "USDZ Package"},
+    {"rContentBrowserFileKindGltf", "glTF Scene"},
+    {"rContentBrowserFileKindGlb", "glTF Binary Scene"},
+    {"rContentBrowserFileKindBlend", "Blender Scene"},
+    {"rContentBrowserFileKindVdb", "OpenVDB Volume"},
+    {"rContentBrowserFileKindPly", "PLY Mesh"},
+    {"rContentBrowserFileKindStl", "STL Mesh"},
+
     // The browser's notices about its favorites file.
     {"kContentBrowserFavoritesUnreadable",
      "Your favorites file ^1s could not be read, so Favorites start empty. Before favorites are saved again, the file "

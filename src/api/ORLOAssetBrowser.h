@@ -29,7 +29,12 @@ public:
 
     // Switches to the context named context (one set of panel layout, thumbnail size, tab and
     // folder is kept per context), saving the outgoing context first unless it was saved since
-    // the last switch. a and b are handed on to the side panel unchanged.
+    // the last switch. a and b are handed on to the side panel unchanged: the default tab
+    // ("projects", "system", "examples" for the Library tab, or "favorites") and the default
+    // folder ("PROJECT;FOLDER" for "projects"), used when nothing is stored for the context
+    // yet or what is stored cannot be restored. A context opened with both empty starts fresh
+    // every time: what was stored for it is erased before anything is read. Give defaults to
+    // get the side panel's tab and folder back at the next start.
     virtual void setBrowserContext(const Tstring& context, const Tstring& a, const Tstring& b) = 0;
 
     // Stores the current context's tab, folder, panel layout and thumbnail size in the host's

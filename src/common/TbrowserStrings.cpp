@@ -88,3 +88,18 @@ const TstringId rTooltipRefreshcontents("rTooltipRefreshcontents");
 const TstringId rTooltipScaler("rTooltipScaler");
 const TstringId rTooltipSortby("rTooltipSortby");
 const TstringId rTooltipThumbnailview("rTooltipThumbnailview");
+
+const TstringId kContentBrowserSearchNoMatch("kContentBrowserSearchNoMatch");
+const TstringId rContentBrowserFileKindObj("rContentBrowserFileKindObj");
+const TstringId rContentBrowserFileKindFbx("rContentBrowserFileKindFbx");
+const TstringId rContentBrowserFileKindAbc("rContentBrowserFileKindAbc");
+const TstringId rContentBrowserFileKindUsd("rContentBrowserFileKindUsd");
+const TstringId rContentBrowserFileKindUsda("rContentBrowserFileKindUsda");
+const TstringId rContentBrowserFileKindUsdc("rContentBrowserFileKindUsdc");
+const TstringId rContentBrowserFileKindUsdz("rContentBrowserFileKindUsdz");
+const TstringId rContentBrowserFileKindGltf("rContentBrowserFileKindGltf");
+const TstringId rContentBrowserFileKindGlb("rContentBrowserFileKindGlb");
+const TstringId rContentBrowserFileKindBlend("rContentBrowserFileKindBlend");
+const TstringId rContentBrowserFileKindVdb("rContentBrowserFileKindVdb");
+const TstringId rContentBrowserFileKindPly("rContentBrowserFileKindPly");
+const TstringId rContentBrowserFileKindStl("rContentBrowserFileKindStl");

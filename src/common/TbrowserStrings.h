@@ -93,3 +93,19 @@ extern const TstringId rTooltipRefreshcontents;
 extern const TstringId rTooltipScaler;
 extern const TstringId rTooltipSortby;
 extern const TstringId rTooltipThumbnailview;
+
+// The search that matches nothing, and the kind names of the 3D formats artists use.
+extern const TstringId kContentBrowserSearchNoMatch;
+extern const TstringId rContentBrowserFileKindObj;
+extern const TstringId rContentBrowserFileKindFbx;
+extern const TstringId rContentBrowserFileKindAbc;
+extern const TstringId rContentBrowserFileKindUsd;
+extern const TstringId rContentBrowserFileKindUsda;
+extern const TstringId rContentBrowserFileKindUsdc;
+extern const TstringId rContentBrowserFileKindUsdz;
+extern const TstringId rContentBrowserFileKindGltf;
+extern const TstringId rContentBrowserFileKindGlb;
+extern const TstringId rContentBrowserFileKindBlend;
+extern const TstringId rContentBrowserFileKindVdb;
+extern const TstringId rContentBrowserFileKindPly;
+extern const TstringId rContentBrowserFileKindStl;

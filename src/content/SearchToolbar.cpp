@@ -200,7 +200,10 @@ void SearchToolbar::onNewPathInput(const QString& path)
 {
     if (path.isEmpty() || !validate(path))
         return;
+    const QFileInfo typed(existingForm(path));
     Q_EMIT newPathSelected(normalise(path, true));
+    if (!typed.isDir())
+        Q_EMIT fileEntered(singleSlashes(typed.absoluteFilePath()));
 }
 
 void SearchToolbar::onNewPathSelected(const QString& path)

@@ -52,6 +52,9 @@ Q_SIGNALS:
     void newPathSelected(const QString& path);
     void backBtnClicked();
     void fwdBtnClicked();
+    // A file was typed: right after newPathSelected with its folder, the file itself
+    // (absolute, single "/"), for the content pane to select.
+    void fileEntered(const QString& file);
     // Declared for hosts that add a refresh control; the bar has none of its own.
     void refreshBtnClicked();
     // The field lost the focus to something outside the bar; the bar returns to its
@@ -64,7 +67,8 @@ public Q_SLOTS:
     void onNewPathEntered(const QString& path);
     void onToggleFilePathBar(bool visible);
     // Checks path as onNewPathEntered does, tells the host's error display when it is a file,
-    // and emits newPathSelected with the folder. Shows nothing itself.
+    // and emits newPathSelected with the folder (then fileEntered with the file). Shows
+    // nothing itself.
     void onNewPathInput(const QString& path);
     // Shows path as it is: "/" appended, added to the drop-down list when new.
     void onNewPathSelected(const QString& path);

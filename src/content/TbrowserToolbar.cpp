@@ -4,6 +4,7 @@
 #include "TtoolbarExtensionList.h"
 #include "TuiScale.h"
 
+#include <QChildEvent>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QResizeEvent>
@@ -81,6 +82,12 @@ void TbrowserToolbar::addWidget(QWidget* widget, Side side)
         relayout();
         updateOverflow();
     }
+    Q_EMIT widgetsChanged();
+}
+
+bool TbrowserToolbar::isEmpty() const
+{
+    return groupWidgets(LeftSide).isEmpty() && groupWidgets(RightSide).isEmpty() && overflowWidgets().isEmpty();
 }
 
 QList<QWidget*> TbrowserToolbar::groupWidgets(Side side) const
@@ -109,6 +116,16 @@ void TbrowserToolbar::resizeEvent(QResizeEvent* event)
 {
     updateOverflow();
     QWidget::resizeEvent(event);
+}
+
+void TbrowserToolbar::childEvent(QChildEvent* event)
+{
+    QWidget::childEvent(event);
+    // Told once the event loop is back: a widget moving to the popup leaves the strip before
+    // it arrives in the popup row, and the strip is not empty in between. (A widget being
+    // deleted no longer says it is one.)
+    if (event->removed())
+        QMetaObject::invokeMethod(this, &TbrowserToolbar::widgetsChanged, Qt::QueuedConnection);
 }
 
 void TbrowserToolbar::updateOverflow()

@@ -40,6 +40,8 @@ public:
     QList<QWidget*> groupWidgets(Side side) const;
     // The widgets in the popup row, left to right.
     QList<QWidget*> overflowWidgets() const;
+    // True while the strip holds no widget at all, in the strip or in the popup.
+    bool isEmpty() const;
 
     TtoolbarExtensionList* extensionList() const { return m_extensionList; }
     TtoolbarExtensionArrow* extensionArrow() const;
@@ -52,8 +54,13 @@ public:
     // overflow takes care of what does not fit.
     QSize minimumSizeHint() const override;
 
+Q_SIGNALS:
+    // A widget was added to the strip (at once) or left it (from the event loop).
+    void widgetsChanged();
+
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void childEvent(QChildEvent* event) override;
 
 private:
     struct Moved

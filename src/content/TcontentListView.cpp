@@ -78,6 +78,7 @@ TcontentListView::TcontentListView(const TassetBrowserOptions* options, QAbstrac
         connect(model, "2rootPathChanged(QString)", m_view, "1rootChanged (QString)");
 
     verticalLayout()->addWidget(m_view);
+    watchContentView();
 }
 
 TcontentListView::~TcontentListView() = default;

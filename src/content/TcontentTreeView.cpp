@@ -51,6 +51,7 @@ TcontentTreeView::TcontentTreeView(const TassetBrowserOptions* options, QAbstrac
     fitNames();
 
     verticalLayout()->addWidget(m_view);
+    watchContentView();
 }
 
 TcontentTreeView::~TcontentTreeView() = default;

@@ -11,6 +11,8 @@
 
 #include <QAbstractItemView>
 #include <QAbstractProxyModel>
+#include <QEvent>
+#include <QLabel>
 #include <QMenu>
 #include <QToolButton>
 
@@ -115,6 +117,50 @@ void TcontentWidget::createHelpButton()
 void TcontentWidget::searchTextChanged(const QString& text)
 {
     emitTextSearch(text);
+    updateNoMatchNotice();
+}
+
+void TcontentWidget::watchContentView()
+{
+    QAbstractItemView* view = contentView();
+    QAbstractItemModel* model = view ? view->model() : nullptr;
+    if (!model)
+        return;
+    view->viewport()->installEventFilter(this);
+    connect(model, &QAbstractItemModel::rowsInserted, this, &TcontentWidget::updateNoMatchNotice);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, &TcontentWidget::updateNoMatchNotice);
+    connect(model, &QAbstractItemModel::modelReset, this, &TcontentWidget::updateNoMatchNotice);
+    connect(model, &QAbstractItemModel::layoutChanged, this, &TcontentWidget::updateNoMatchNotice);
+    // The owner announces a new root through the proxy (the view itself has no signal).
+    if (model->metaObject()->indexOfSignal("rootPathChanged(QString)") >= 0)
+        connect(model, SIGNAL(rootPathChanged(QString)), this, SLOT(updateNoMatchNotice()));
+}
+
+bool TcontentWidget::eventFilter(QObject* watched, QEvent* event)
+{
+    if (m_noMatch && event->type() == QEvent::Resize && watched == m_noMatch->parent())
+        m_noMatch->setGeometry(static_cast<QWidget*>(watched)->rect());
+    return TwidgetWithToolbar::eventFilter(watched, event);
+}
+
+void TcontentWidget::updateNoMatchNotice()
+{
+    QAbstractItemView* view = contentView();
+    const QAbstractItemModel* model = view ? view->model() : nullptr;
+    const bool nothing = model && !searchText().isEmpty() && model->rowCount(view->rootIndex()) == 0;
+    if (nothing && !m_noMatch) {
+        m_noMatch = new QLabel(kContentBrowserSearchNoMatch.asQString(), view->viewport());
+        m_noMatch->setObjectName(QStringLiteral("noMatchNotice"));
+        m_noMatch->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
+        const int margin = TuiScale::length(options(), 12);
+        m_noMatch->setContentsMargins(margin, margin, margin, margin);
+        m_noMatch->setForegroundRole(QPalette::PlaceholderText);
+        // Presses reach the view under it: its context menu works on empty space.
+        m_noMatch->setAttribute(Qt::WA_TransparentForMouseEvents);
+        m_noMatch->setGeometry(view->viewport()->rect());
+    }
+    if (m_noMatch)
+        m_noMatch->setVisible(nothing);
 }
 
 void TcontentWidget::emitTextSearch(const QString& text)

@@ -2,6 +2,7 @@
 
 #include "TwidgetWithToolbar.h"
 
+#include <QLabel>
 #include <QMenu>
 #include <QModelIndex>
 #include <QPointer>
@@ -15,7 +16,9 @@ class TcontentSearchBar;
 // search field and a help button. The help button opens the host's help menu, which the
 // host makes once for all content widgets and fills for each of them by its full name.
 //
-// A subclass supplies the item view that the search applies to (contentView).
+// A subclass supplies the item view that the search applies to (contentView) and calls
+// watchContentView once it exists: while a search text is set and the shown folder lists
+// nothing, the view says so ("No items match") instead of staying blank.
 class TcontentWidget : public TwidgetWithToolbar
 {
     Q_OBJECT
@@ -43,6 +46,10 @@ public:
     // The view whose shown folder a search applies to. Null while there is none.
     virtual QAbstractItemView* contentView() const = 0;
 
+    // The notice over the view's empty area when a search matches nothing; null until the
+    // first search that matched nothing.
+    QLabel* noMatchNotice() const { return m_noMatch; }
+
 Q_SIGNALS:
     // The search text changed: the owner filters baseFolder (an index of the model under the
     // view's proxy) for text. Not emitted while the view's model is not a proxy model.
@@ -59,9 +66,19 @@ protected:
     virtual void createHelpButton();
     // Maps the view's root to the source model and emits newTextSearch.
     virtual void emitTextSearch(const QString& text);
+    // Follows the content view's model, so that the no-match notice comes and goes with the
+    // rows. Call once, after contentView() has its model.
+    void watchContentView();
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private Q_SLOTS:
+    void updateNoMatchNotice();
 
 private:
+
     TcontentSearchBar* m_searchBar = nullptr;
     QToolButton* m_helpButton = nullptr;
     QPointer<QMenu> m_helpMenu;
+    QPointer<QLabel> m_noMatch;
 };

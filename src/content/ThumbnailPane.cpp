@@ -109,6 +109,16 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     connect(m_treeView->treeView()->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ThumbnailPane::selectionChanged);
     connect(this, &ThumbnailPane::newPathDoubleClicked, this, &ThumbnailPane::setListViewRootIndex);
+    // The rest of the folder, sorted in around an entry chosen before it arrived, may push
+    // that entry out of sight.
+    connect(m_fileModel, &QFileSystemModel::directoryLoaded, this, [this](const QString& folder) {
+        if (m_selectedEntry.isValid() && QDir::cleanPath(folder) == m_currentRootPath)
+            QMetaObject::invokeMethod(this, [this] {
+                if (m_selectedEntry.isValid())
+                    visibleView()->scrollTo(m_selectedEntry);
+                m_selectedEntry = QModelIndex();
+            }, Qt::QueuedConnection);
+    });
     connect(this, &ThumbnailPane::newPathClicked, this, &ThumbnailPane::onNewPathClicked);
 
     // The list's column headers sort as the sort menu does, and show its choice.
@@ -452,6 +462,7 @@ void ThumbnailPane::setListViewRootIndex(QString rootPath)
     if (!sourceRoot.isValid() || !m_fileModel->isDir(sourceRoot))
         return;
     m_currentRootPath = folder;
+    m_selectedEntry = QModelIndex();
     const QModelIndex root = m_proxy->mapFromSource(sourceRoot);
     for (QAbstractItemView* view : {static_cast<QAbstractItemView*>(m_listView->listView()),
                                     static_cast<QAbstractItemView*>(m_treeView->treeView())}) {
@@ -462,6 +473,26 @@ void ThumbnailPane::setListViewRootIndex(QString rootPath)
         view->setRootIndex(root);
     }
     Q_EMIT m_proxy->rootPathChanged(folder);
+    if (info.isFile())
+        selectEntry(info.absoluteFilePath());
+}
+
+void ThumbnailPane::selectEntry(QString path)
+{
+    const QFileInfo info(path);
+    if (m_currentRootPath.isEmpty() || QDir::cleanPath(info.absolutePath()) != m_currentRootPath)
+        return;
+    // The model makes the entry's row at once when its listing has not brought it yet.
+    const QModelIndex index = m_proxy->mapFromSource(m_fileModel->index(info.absoluteFilePath()));
+    if (!index.isValid())
+        return;
+    QAbstractItemView* view = visibleView();
+    QItemSelectionModel::SelectionFlags flags = QItemSelectionModel::ClearAndSelect;
+    if (isTreeViewVisible())
+        flags |= QItemSelectionModel::Rows;
+    view->selectionModel()->setCurrentIndex(index, flags);
+    view->scrollTo(index);
+    m_selectedEntry = index;
 }
 
 void ThumbnailPane::listViewDoubleClicked(QModelIndex index)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QItemSelection>
+#include <QPersistentModelIndex>
 #include <QList>
 #include <QModelIndex>
 #include <QPoint>
@@ -118,9 +119,14 @@ Q_SIGNALS:
     void optionsDialogRequested(QString mode, QString path);
 
 public Q_SLOTS:
-    // Shows the folder rootPath (a file's folder when it names a file); a path that is
-    // neither is ignored.
+    // Shows the folder rootPath; a file's folder when it names a file, with the file selected
+    // (selectEntry). A path that is neither is ignored.
     void setListViewRootIndex(QString rootPath);
+    // Selects the entry at path in the visible view, as a click would (newPathClicked
+    // follows), and keeps it in sight while the rest of the folder is still listing. Nothing
+    // happens when path is not an entry of the shown folder or the view does not list it (a
+    // search or the extension filter hides it).
+    void selectEntry(QString path);
     void listViewDoubleClicked(QModelIndex index);
     void newFavoriteAddRequest();
     void currentDirectoryFavoriteAddRequest();
@@ -192,6 +198,8 @@ private:
     QFileSystemWatcher* m_rootWatcher = nullptr;
     // Said over each view when the folder shown cannot be listed.
     QList<QLabel*> m_folderNotices;
+    // The entry selectEntry chose, scrolled to again once the folder's listing is complete.
+    QPersistentModelIndex m_selectedEntry;
     bool m_defaultAction = false;
     // Set by the options dialog's close, read right after it and cleared again.
     bool m_optionsConfirmed = false;

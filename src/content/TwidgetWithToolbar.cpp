@@ -33,13 +33,21 @@ TwidgetWithToolbar::TwidgetWithToolbar(const TassetBrowserOptions* options, QWid
     // First in the strip, so that it is the last button to leave for the popup.
     if (m_gear)
         m_toolbar->addWidget(m_gear, TbrowserToolbar::LeftSide);
+    connect(m_toolbar, &TbrowserToolbar::widgetsChanged, this, &TwidgetWithToolbar::updateToolbarVisibility);
+    updateToolbarVisibility();
 }
 
 TwidgetWithToolbar::~TwidgetWithToolbar() = default;
 
 void TwidgetWithToolbar::setToolbarVisible(bool visible)
 {
-    m_toolbar->setVisible(visible);
+    m_toolbarWanted = visible;
+    updateToolbarVisibility();
+}
+
+void TwidgetWithToolbar::updateToolbarVisibility()
+{
+    m_toolbar->setVisible(m_toolbarWanted && !m_toolbar->isEmpty());
 }
 
 void TwidgetWithToolbar::setGearMenu(QMenu* menu)

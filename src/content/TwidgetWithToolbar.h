@@ -26,7 +26,8 @@ public:
     // Null unless the widget was made with the gear.
     QPushButton* gearButton() const { return m_gear; }
 
-    // Shows or hides the whole strip (a panel whose content needs no tools). Shown by default.
+    // Shows or hides the whole strip (a panel whose content needs no tools). Shown by default,
+    // but only while it holds a widget: an empty strip takes no room at all.
     void setToolbarVisible(bool visible);
 
     // Gives the gear button a drop-down menu of its own (QPushButton::setMenu); a press then
@@ -58,8 +59,11 @@ protected:
     QVBoxLayout* verticalLayout() const { return m_layout; }
 
 private:
+    void updateToolbarVisibility();
+
     const TassetBrowserOptions* m_options;
     QVBoxLayout* m_layout;
     QPushButton* m_gear = nullptr;
     TbrowserToolbar* m_toolbar;
+    bool m_toolbarWanted = true;
 };

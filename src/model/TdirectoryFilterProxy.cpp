@@ -30,6 +30,71 @@ const FixedExpressions& fixedExpressions()
     return expressions;
 }
 
+// The bracket set that opens at pattern[open] as a regular-expression class, with end set to
+// its closing bracket; empty when the bracket has no partner or the set is not a valid one.
+// "[!...]" is a set of what is not listed; a "]" right after the opening (or after "!")
+// belongs to the set.
+QString bracketSet(const QString& pattern, qsizetype open, qsizetype& end)
+{
+    qsizetype at = open + 1;
+    QString set = QStringLiteral("[");
+    if (at < pattern.size() && pattern.at(at) == QLatin1Char('!')) {
+        set += QLatin1Char('^');
+        ++at;
+    }
+    const qsizetype first = at;
+    if (at < pattern.size() && pattern.at(at) == QLatin1Char(']'))
+        ++at;
+    const qsizetype close = pattern.indexOf(QLatin1Char(']'), at);
+    if (close < 0)
+        return QString();
+    const QString members = pattern.mid(first, close - first);
+    for (qsizetype i = 0; i < members.size(); ++i) {
+        const QChar c = members.at(i);
+        const bool range = c == QLatin1Char('-') && i > 0 && i < members.size() - 1;
+        // Everything that means something inside a class is taken literally, except a range.
+        if (!range && QStringView(u"\\[]^-").contains(c))
+            set += QLatin1Char('\\');
+        set += c;
+    }
+    set += QLatin1Char(']');
+    if (!QRegularExpression(set).isValid())
+        return QString();
+    end = close;
+    return set;
+}
+
+// The typed search as an anchored, case-insensitive expression: "*" any run, "?" any one
+// character, "[...]" one of a set; everything else, and every bracket that does not make a
+// valid set, stands for itself. The result is always a valid expression.
+QRegularExpression searchExpression(const QString& pattern)
+{
+    QString expression;
+    QString literal;
+    const auto flushLiteral = [&] {
+        expression += QRegularExpression::escape(literal);
+        literal.clear();
+    };
+    for (qsizetype i = 0; i < pattern.size(); ++i) {
+        const QChar c = pattern.at(i);
+        QString set;
+        qsizetype end = i;
+        if (c == QLatin1Char('*') || c == QLatin1Char('?')) {
+            flushLiteral();
+            expression += c == QLatin1Char('*') ? QStringLiteral(".*") : QStringLiteral(".");
+        } else if (c == QLatin1Char('[') && !(set = bracketSet(pattern, i, end)).isEmpty()) {
+            flushLiteral();
+            expression += set;
+            i = end;
+        } else {
+            literal += c;
+        }
+    }
+    flushLiteral();
+    return QRegularExpression(QRegularExpression::anchoredPattern(expression),
+                              QRegularExpression::CaseInsensitiveOption);
+}
+
 // A drive or "/" sorts by its full path; every other entry by the name the view shows, in
 // whichever column it is asked for. Only a root's shown name can hold a separator or a drive
 // colon, so other names skip the path.
@@ -48,7 +113,7 @@ QString sortName(const QFileSystemModel& model, const QModelIndex& index)
 TdirectoryFilterProxy::TdirectoryFilterProxy(QObject* parent)
     : QSortFilterProxyModel(parent)
     , m_searchPattern(QStringLiteral("*"))
-    , m_searchExpression(QRegularExpression::fromWildcard(m_searchPattern, Qt::CaseInsensitive))
+    , m_searchExpression(searchExpression(m_searchPattern))
 {
     TprefOptionVar::addClient(Tstring(filterExtensionsKey), this, clientTag, &TdirectoryFilterProxy::onOptionVarChanged);
 
@@ -89,7 +154,7 @@ void TdirectoryFilterProxy::filterFiles(const QModelIndex& baseFolder, const QSt
     const QString pattern = text.isEmpty() ? QStringLiteral("*") : QLatin1Char('*') + text + QLatin1Char('*');
     if (pattern != m_searchPattern) {
         m_searchPattern = pattern;
-        m_searchExpression = QRegularExpression::fromWildcard(m_searchPattern, Qt::CaseInsensitive);
+        m_searchExpression = searchExpression(m_searchPattern);
     }
     invalidateFilter();
 }

@@ -50,7 +50,8 @@ public Q_SLOTS:
     // Lists only the direct children of baseFolder (a source index) whose name matches
     // "*text*" as a case-insensitive wildcard ("*", "?" and brackets keep their meaning);
     // every other folder stays unfiltered. An empty text lists the whole folder again.
-    // Filters again at once.
+    // Filters again at once. Any text is accepted: a bracket without its partner ("[bm"),
+    // and a set that cannot be one (a reversed range "[z-a]"), stand for themselves.
     void filterFiles(const QModelIndex& baseFolder, const QString& text);
 
 protected:

@@ -2,6 +2,7 @@
 
 #include "TfileKindIconProvider.h"
 
+#include "TbrowserStrings.h"
 #include "TuiScale.h"
 
 #include <QFileInfo>
@@ -9,6 +10,7 @@
 
 namespace {
 const int sizeColumn = 1;
+const int typeColumn = 2;
 const int sizeColumnAlignment = Qt::AlignVCenter | Qt::AlignJustify;
 const int headerAlignment = Qt::AlignLeft | Qt::AlignVCenter;
 
@@ -51,12 +53,46 @@ bool TfileSystemModel::hasChildren(const QModelIndex& parent) const
     return false;
 }
 
+QString TfileSystemModel::kindName(const QString& fileName)
+{
+    struct Kind
+    {
+        const char* suffix;
+        const TstringId* name;
+    };
+    static const Kind kinds[] = {
+        {"obj", &rContentBrowserFileKindObj},   {"fbx", &rContentBrowserFileKindFbx},
+        {"abc", &rContentBrowserFileKindAbc},   {"usd", &rContentBrowserFileKindUsd},
+        {"usda", &rContentBrowserFileKindUsda}, {"usdc", &rContentBrowserFileKindUsdc},
+        {"usdz", &rContentBrowserFileKindUsdz}, {"gltf", &rContentBrowserFileKindGltf},
+        {"glb", &rContentBrowserFileKindGlb},   {"blend", &rContentBrowserFileKindBlend},
+        {"vdb", &rContentBrowserFileKindVdb},   {"ply", &rContentBrowserFileKindPly},
+        {"stl", &rContentBrowserFileKindStl},
+    };
+    const qsizetype dot = fileName.lastIndexOf(QLatin1Char('.'));
+    if (dot <= 0)
+        return QString();
+    const QStringView suffix = QStringView(fileName).mid(dot + 1);
+    for (const Kind& kind : kinds) {
+        if (suffix.compare(QLatin1String(kind.suffix), Qt::CaseInsensitive) == 0)
+            return kind.name->asQString();
+    }
+    return QString();
+}
+
 QVariant TfileSystemModel::data(const QModelIndex& index, int role) const
 {
     if (role == Qt::UserRole)
         return index == m_overrideIndex ? m_overrideValue : QVariant();
     if (role == Qt::TextAlignmentRole && index.column() == sizeColumn)
         return sizeColumnAlignment;
+    // The desktop's file types guess these formats from their suffix alone and often
+    // wrongly (".obj" is taken for a drawing program's document).
+    if (role == Qt::DisplayRole && index.column() == typeColumn && index.isValid() && !isDir(index)) {
+        const QString kind = kindName(fileName(index.siblingAtColumn(0)));
+        if (!kind.isEmpty())
+            return kind;
+    }
     return QFileSystemModel::data(index, role);
 }
 

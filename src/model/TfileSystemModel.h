@@ -33,7 +33,13 @@ public:
 
     // Qt::TextAlignmentRole: 136 (vertically centred, justified) for the size column.
     // Qt::UserRole: the override value for the override index, null for any other index.
+    // Qt::DisplayRole of the type column: kindName() for a file of a 3D format, else the base's.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
+    // The kind a file of one of the 3D formats artists use carries in the type column (obj,
+    // fbx, abc, usd, usda, usdc, usdz, gltf, glb, blend, vdb, ply, stl; suffix in any letter
+    // case), from the host's string table; empty for every other name. GUI thread only.
+    static QString kindName(const QString& fileName);
 
     // Refuses an invalid index for every role. Qt::UserRole sets the override slot and
     // emits nothing: the caller repaints. Other roles are the base's (a name edit renames

@@ -19,9 +19,11 @@
 
 #include <QAction>
 #include <QDir>
+#include <QEvent>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QMenu>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -64,6 +66,9 @@ TreeViewPane::TreeViewPane(const TassetBrowserOptions& options, QWidget* parent)
 TreeViewPane::~TreeViewPane()
 {
     // The tree and the model go with the widget tree; the icon provider must outlive them.
+    // The tree's last events must not reach this half-destroyed pane.
+    m_tree->removeEventFilter(this);
+    m_tree->viewport()->removeEventFilter(this);
     delete m_tree;
     delete m_model;
 }
@@ -142,6 +147,15 @@ void TreeViewPane::build(const QString& rootPath)
     m_tree->resizeColumnToContents(0);
     m_delegate = new TtreeViewItemDelegate(m_options, m_model, m_proxy, this);
     m_tree->setItemDelegate(m_delegate);
+
+    // Listings arrive row by row and sorted in among the rows already there: each may push
+    // the chosen folder out of sight again.
+    connect(m_proxy, &QAbstractItemModel::rowsInserted, this, &TreeViewPane::scheduleReveal);
+    connect(m_proxy, &QAbstractItemModel::layoutChanged, this, &TreeViewPane::scheduleReveal);
+    connect(m_model, &QFileSystemModel::directoryLoaded, this, &TreeViewPane::scheduleReveal);
+    m_tree->installEventFilter(this);
+    m_tree->viewport()->installEventFilter(this);
+    connect(m_tree->verticalScrollBar(), &QScrollBar::actionTriggered, this, [this] { m_revealed = QModelIndex(); });
 }
 
 QSize TreeViewPane::sizeHint() const
@@ -244,10 +258,56 @@ void TreeViewPane::setNewRootIndex(QString path)
     if (!index.isValid())
         return;
     m_tree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
-    m_tree->scrollTo(index);
+    reveal(index);
     m_tree->resizeColumnToContents(0);
     if (!isExpandableFolder(index))
-        m_lastClicked = path;
+        m_lastClicked = folder;
+}
+
+void TreeViewPane::reveal(const QModelIndex& proxyIndex)
+{
+    m_revealed = proxyIndex;
+    m_tree->scrollTo(proxyIndex);
+    // A hidden tree has no height to scroll in yet; it scrolls again when shown.
+    scheduleReveal();
+}
+
+void TreeViewPane::scheduleReveal()
+{
+    if (!m_revealed.isValid() || m_revealScheduled)
+        return;
+    // Once per turn of the event loop, however many rows arrived in it.
+    m_revealScheduled = true;
+    QMetaObject::invokeMethod(this, &TreeViewPane::scrollToRevealed, Qt::QueuedConnection);
+}
+
+void TreeViewPane::scrollToRevealed()
+{
+    m_revealScheduled = false;
+    if (m_revealed.isValid() && m_tree->isVisible())
+        m_tree->scrollTo(m_revealed);
+}
+
+bool TreeViewPane::eventFilter(QObject* watched, QEvent* event)
+{
+    // Compared by address only: the tree may be partly destroyed when its last events come.
+    if (watched == m_tree || (watched && watched->parent() == m_tree)) {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::Wheel:
+        case QEvent::KeyPress:
+            // The user moves the tree now; it must not jump back under the pointer.
+            m_revealed = QModelIndex();
+            break;
+        case QEvent::Show:
+        case QEvent::Resize:
+            scheduleReveal();
+            break;
+        default:
+            break;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void TreeViewPane::expandTreeToIndex(QString path)

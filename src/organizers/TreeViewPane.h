@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QModelIndex>
+#include <QPersistentModelIndex>
 #include <QString>
 #include <QWidget>
 
@@ -24,6 +25,10 @@ class TtreeViewItemDelegate;
 // the user works in, every chosen folder leaves through newPathSelected. Per host context it
 // remembers which tabs are shown and which tab and folder were current, in two option
 // variables named by the context key.
+//
+// The System tree follows every chosen folder: it selects it and keeps it in sight while the
+// tree is still listing the folders around it, also while another tab is current (it
+// scrolls when it is shown again), until the user scrolls, clicks or types in the tree.
 class TreeViewPane : public QWidget
 {
     Q_OBJECT
@@ -84,7 +89,15 @@ public Q_SLOTS:
     void onTreeViewExpand(QModelIndex index);
     void onTreeViewCollapsed(QModelIndex index);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    // Keeps the selected folder in sight as rows arrive and when the tree is shown.
+    void reveal(const QModelIndex& proxyIndex);
+    void scheduleReveal();
+    void scrollToRevealed();
+
     void build(const QString& rootPath);
     void rebuildTabs();
     void makeTabCurrent(TabId id);
@@ -114,4 +127,7 @@ private:
     QHash<int, int> m_tabIndexes;
     QString m_lastClicked;
     QString m_contextKey;
+    // The folder the tree keeps in sight; invalid once the user has moved the tree.
+    QPersistentModelIndex m_revealed;
+    bool m_revealScheduled = false;
 };

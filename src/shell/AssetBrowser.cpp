@@ -186,6 +186,7 @@ void AssetBrowser::connectPanes()
     connect(m_pathBar, &SearchToolbar::newPathSelected, m_pathBar, &SearchToolbar::onNewPathSelected);
     connect(m_pathBar, &SearchToolbar::newPathSelected, m_sidePanel, &TreeViewPane::setNewRootIndex);
     connect(m_pathBar, &SearchToolbar::newPathSelected, this, &AssetBrowser::addItemToHistory);
+    connect(m_pathBar, &SearchToolbar::fileEntered, m_contentPane, &ThumbnailPane::selectEntry);
     connect(m_pathBar, &SearchToolbar::backBtnClicked, this, &AssetBrowser::goBackHistory);
     connect(m_pathBar, &SearchToolbar::fwdBtnClicked, this, &AssetBrowser::goFwdHistory);
     connect(m_pathBar, &SearchToolbar::refreshBtnClicked, this,
@@ -215,6 +216,10 @@ void AssetBrowser::addItemToHistory(QString item)
     // The panes name a folder with or without a closing "/"; one folder is one entry.
     if (item.size() > 1 && item.endsWith(QLatin1Char('/')) && !item.endsWith(QLatin1String(":/")))
         item.chop(1);
+    // A favorite may be a file: its folder is what the browser went to.
+    const QFileInfo info(item);
+    if (info.isFile())
+        item = info.absolutePath();
     m_history.add(item);
 }
 

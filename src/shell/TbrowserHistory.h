@@ -14,6 +14,10 @@
 // The low-level operations change exactly what they say. add(), back() and forward() are
 // the browser's navigation rules, kept here so that the main widget only forwards to them
 // and emits what they return.
+//
+// One folder is one entry whether it was named with or without a closing "/": the main
+// widget drops the closing "/" (except of "/" and a drive root such as "C:/") before it
+// calls add(), whose own comparison is exact.
 class TbrowserHistory
 {
 public:

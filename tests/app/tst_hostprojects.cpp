@@ -1,4 +1,5 @@
 #include "ThostCommands.h"
+#include "ThostMainWindow.h"
 #include "ThostProjectSidebarManager.h"
 #include "ThostProjects.h"
 #include "ThostSampleLibrary.h"
@@ -11,11 +12,16 @@
 #include "TvslCmdResult.h"
 #include "VelaEnv.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+
+#include <memory>
 
 namespace {
 class WorkspaceListener : public Tclient
@@ -38,11 +44,27 @@ QString env(const char* name)
 {
     return Tstring_toQString(VelaGetEnv(Tstring(name)));
 }
+
+// Stands in for the user's settings folder for the whole run, so that a setting that escapes
+// the preference folder lands here, where a test sees it, and never in the real one.
+std::unique_ptr<QTemporaryDir>& userSettingsFolder()
+{
+    static std::unique_ptr<QTemporaryDir> folder;
+    return folder;
+}
 } // namespace
 
 class TestHostProjects : public QObject
 {
     Q_OBJECT
+
+public:
+    // Before the application exists: Qt reads where the user's settings live only once.
+    static void initMain()
+    {
+        userSettingsFolder() = std::make_unique<QTemporaryDir>();
+        qputenv("XDG_CONFIG_HOME", userSettingsFolder()->path().toLocal8Bit());
+    }
 
 private Q_SLOTS:
     void init()
@@ -150,6 +172,39 @@ private Q_SLOTS:
         } else {
             QVERIFY(ThostProjects::instance()->recent().isEmpty());
         }
+    }
+
+    // The real Set Project dialog remembers where it was; that memory belongs beside the
+    // host's preferences, not in the user's settings folder.
+    void setProjectDialogKeepsItsSettingsWithThePreferences()
+    {
+        makeProjects();
+        ThostProjects::instance()->load(m_dir->filePath(QStringLiteral("Projects")));
+        const QString preferences = m_dir->filePath(QStringLiteral("prefs"));
+        QVERIFY(QDir().mkpath(preferences));
+        ThostMainWindow::keepQtSettingsIn(preferences);
+
+        bool dialogSeen = false;
+        QTimer closer;
+        closer.setInterval(0);
+        connect(&closer, &QTimer::timeout, this, [&dialogSeen] {
+            if (auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget())) {
+                dialogSeen = true;
+                dialog->reject();
+            }
+        });
+        closer.start();
+        TvslCmdResult result;
+        QVERIFY(run(QStringLiteral("setProjectFromFileDialog"), result));
+        closer.stop();
+
+        QVERIFY(dialogSeen);
+        QCOMPARE(result.asQString(), QStringLiteral("No project chosen"));
+        QVERIFY2(QFile::exists(QDir(preferences).filePath(QStringLiteral("QtProject.conf"))),
+                 qPrintable(QDir(preferences).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).join(u' ')));
+        const QDir userFolder(userSettingsFolder()->path());
+        QVERIFY2(userFolder.isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+                 qPrintable(userFolder.entryList(QDir::AllEntries | QDir::NoDotAndDotDot).join(u' ')));
     }
 
     void addRecentProjectKeepsTheNewestFirstWithoutRepeats()

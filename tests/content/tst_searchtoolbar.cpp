@@ -25,6 +25,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <functional>
 #include <memory>
@@ -147,6 +148,8 @@ private Q_SLOTS:
     void breadCrumbFoldersNavigate_data();
     void breadCrumbFoldersNavigate();
     void barMayGoWhileWarningIsOpen();
+    void oneEnterOneAnswerWithCompletionsOpen_data();
+    void oneEnterOneAnswerWithCompletionsOpen();
 
 private:
     QString at(const QString& relative) const;
@@ -289,6 +292,10 @@ void TestSearchToolbar::acceptedPaths()
     const QString before = at(QStringLiteral("alpha/delta/"));
     showInBreadCrumb(before);
     QSignalSpy selected(m_bar, &SearchToolbar::newPathSelected);
+    // Both signals in one record, to see their order.
+    QStringList signalled;
+    connect(m_bar, &SearchToolbar::newPathSelected, this, [&signalled](const QString& path) { signalled << "folder " + path; });
+    connect(m_bar, &SearchToolbar::fileEntered, this, [&signalled](const QString& path) { signalled << "file " + path; });
     if (typed) {
         startTyping();
         typeAndEnter(given);
@@ -302,11 +309,16 @@ void TestSearchToolbar::acceptedPaths()
     QVERIFY2(errorsShown() == expectedErrors, qPrintable(row + ": errors " + errorsShown().join(QLatin1Char('|'))));
     if (typed) {
         QVERIFY2(selected.size() == 1 && selected.at(0).at(0).toString() == result, qPrintable(row + ": chosen"));
+        // A typed file is handed on after its folder, for the content pane to select it.
+        const QStringList expectedSignals = fileReported
+            ? QStringList{"folder " + result, "file " + expand(QStringLiteral("~/alpha/beta/file.txt"))}
+            : QStringList{"folder " + result};
+        QVERIFY2(signalled == expectedSignals, qPrintable(row + ": " + signalled.join(QLatin1String(", "))));
         // Where the bar points is the browser's answer to the choice, not the choice itself.
         QVERIFY2(m_bar->breadCrumb()->getPath() == before, qPrintable(row + ": breadcrumb moved"));
         QVERIFY2(!m_bar->isBreadCrumbMode(), qPrintable(row + ": field left"));
     } else {
-        QVERIFY2(selected.isEmpty(), qPrintable(row + ": showing a path must not navigate"));
+        QVERIFY2(signalled.isEmpty(), qPrintable(row + ": showing a path must not navigate"));
         QVERIFY2(m_bar->breadCrumb()->getPath() == result && m_bar->pathEdit()->currentText() == result,
                  qPrintable(row + ": shows " + m_bar->breadCrumb()->getPath()));
         QVERIFY2(listed(m_bar->pathEdit()) == (QStringList{before, result}), qPrintable(row + ": list"));
@@ -617,6 +629,53 @@ void TestSearchToolbar::barMayGoWhileWarningIsOpen()
     QCOMPARE(m_boxes->seen.size(), 1);
     m_boxes->seen.clear();
     QVERIFY(!bar);
+}
+
+void TestSearchToolbar::oneEnterOneAnswerWithCompletionsOpen_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<int>("navigations");
+    QTest::addColumn<int>("warnings");
+
+    QTest::newRow("folder") << "~/alpha/beta" << 1 << 0;
+    QTest::newRow("missing path") << "~/alpha/bet" << 0 << 1;
+}
+
+// Enter pressed while the completion list is open, delivered as the window system delivers
+// it (to the open list first): one navigation, or one warning, never two.
+void TestSearchToolbar::oneEnterOneAnswerWithCompletionsOpen()
+{
+    QFETCH(QString, typed);
+    QFETCH(int, navigations);
+    QFETCH(int, warnings);
+    typed = expand(typed);
+    const QString row = QString::fromLatin1(QTest::currentDataTag());
+
+    showInBreadCrumb(at(QStringLiteral("alpha/delta/")));
+    startTyping();
+    QSignalSpy selected(m_bar, &SearchToolbar::newPathSelected);
+    // As the browser does: the bar shows what it chose.
+    connect(m_bar, &SearchToolbar::newPathSelected, m_bar, &SearchToolbar::onNewPathSelected);
+    QComboBox* edit = m_bar->pathEdit();
+    edit->lineEdit()->selectAll();
+    QTest::keyClicks(edit, typed.chopped(1));
+    auto* model = qobject_cast<QFileSystemModel*>(edit->completer()->model());
+    QVERIFY(model);
+    const QModelIndex alpha = model->index(at(QStringLiteral("alpha")));
+    if (model->canFetchMore(alpha))
+        model->fetchMore(alpha);
+    QTRY_VERIFY(model->rowCount(alpha) >= 2);
+    QTest::keyClicks(edit, typed.right(1));
+    QTRY_VERIFY2(edit->completer()->popup()->isVisible(), qPrintable(row + ": no completions"));
+
+    QTest::keyClick(QApplication::activePopupWidget()->windowHandle(), Qt::Key_Return);
+    QTRY_VERIFY2(selected.size() == navigations && m_boxes->seen.size() == warnings,
+                 qPrintable(row + ": " + QString::number(selected.size()) + " navigations, "
+                            + QString::number(m_boxes->seen.size()) + " warnings"));
+    // Nothing else follows from the same key press.
+    QCoreApplication::processEvents();
+    QVERIFY2(selected.size() == navigations && m_boxes->seen.size() == warnings, qPrintable(row + ": more later"));
+    m_boxes->seen.clear();
 }
 
 QTEST_MAIN(TestSearchToolbar)

@@ -21,6 +21,7 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QFile>
+#include <QFileSystemModel>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -33,6 +34,7 @@
 #include <QToolButton>
 #include <QWidgetAction>
 
+#include <algorithm>
 #include <memory>
 
 #ifdef Q_OS_UNIX
@@ -148,6 +150,10 @@ private Q_SLOTS:
     void unreadableFolderSaysSo();
     void fileRemovedBeforeImportIsNotSent();
     void switchingViewsCarriesSearchAndRoot();
+    void searchThatMatchesNothingSaysSo_data();
+    void searchThatMatchesNothingSaysSo();
+    void aFileGivenAsRootIsSelected_data();
+    void aFileGivenAsRootIsSelected();
     void settingsMenuToggles();
 
 private:
@@ -213,7 +219,15 @@ QString TestThumbnailPane::make(const QString& relative, int bytes)
 
 void TestThumbnailPane::show(const QString& folder)
 {
+    // Until the model's listing of the folder has come back, that listing may still drop an
+    // entry the test makes in the meantime (it was taken before the entry existed).
+    QSignalSpy loaded(m_pane->fileModel(), &QFileSystemModel::directoryLoaded);
     m_pane->setListViewRootIndex(folder);
+    QTRY_VERIFY2(std::any_of(loaded.cbegin(), loaded.cend(),
+                             [&folder](const QList<QVariant>& signal) {
+                                 return QDir::cleanPath(signal.at(0).toString()) == QDir::cleanPath(folder);
+                             }),
+                 qPrintable(folder + " never finished loading"));
     const int expected = QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size();
     QTRY_COMPARE(m_pane->proxy()->rowCount(view()->rootIndex()), expected);
     // Items are laid out after they arrive.
@@ -726,6 +740,94 @@ void TestThumbnailPane::switchingViewsCarriesSearchAndRoot()
     m_pane->viewMenu()->actions().at(0)->trigger();
     QVERIFY(m_pane->isTreeViewVisible());
     QCOMPARE(toggled.count(), 2);
+}
+
+void TestThumbnailPane::searchThatMatchesNothingSaysSo_data()
+{
+    QTest::addColumn<bool>("detailList");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("rows");
+
+    QTest::newRow("bracket left open, thumbnails") << false << "[bm" << 0;
+    QTest::newRow("bracket left open, detail list") << true << "[bm" << 0;
+    QTest::newRow("closing bracket alone") << false << "]" << 0;
+    QTest::newRow("a set that matches") << true << "[bc]*.vela" << 2;
+    QTest::newRow("plain text that matches") << false << "cub" << 1;
+}
+
+void TestThumbnailPane::searchThatMatchesNothingSaysSo()
+{
+    QFETCH(bool, detailList);
+    QFETCH(QString, text);
+    QFETCH(int, rows);
+    const QString row = QString::fromLatin1(QTest::currentDataTag());
+    // An invalid pattern warns on every row it is matched against.
+    QTest::failOnWarning(QRegularExpression(QStringLiteral("QRegularExpression")));
+    makePane();
+    if (detailList)
+        m_pane->setTreeViewVisible();
+    show(m_dir->path());
+    auto* widget = detailList ? static_cast<TcontentWidget*>(m_pane->treeWidget())
+                              : static_cast<TcontentWidget*>(m_pane->listWidget());
+
+    QTest::keyClicks(widget->searchBar(), text);
+    QTRY_VERIFY2(m_pane->proxy()->rowCount(view()->rootIndex()) == rows, qPrintable(row + ": rows"));
+    const QLabel* notice = widget->noMatchNotice();
+    const bool shown = notice && notice->isVisible();
+    QVERIFY2(shown == (rows == 0), qPrintable(row + ": notice shown " + QString::number(shown)));
+    if (shown) {
+        QVERIFY2(notice->text() == kContentBrowserSearchNoMatch.asQString(), qPrintable(row + ": " + notice->text()));
+        QVERIFY2(notice->parentWidget() == view()->viewport() && notice->geometry() == view()->viewport()->rect(),
+                 qPrintable(row + ": notice not over the view"));
+    }
+
+    // Clearing the search lists the folder again and the notice goes.
+    widget->setSearchText(QString());
+    QTRY_VERIFY2(m_pane->proxy()->rowCount(view()->rootIndex()) == 3, qPrintable(row + ": rows after clearing"));
+    QVERIFY2(!notice || !notice->isVisible(), qPrintable(row + ": notice kept"));
+}
+
+void TestThumbnailPane::aFileGivenAsRootIsSelected_data()
+{
+    QTest::addColumn<bool>("detailList");
+    QTest::addColumn<bool>("listedBefore");
+    QTest::newRow("thumbnails, folder not listed yet") << false << false;
+    QTest::newRow("detail list, folder not listed yet") << true << false;
+    QTest::newRow("thumbnails, folder listed before") << false << true;
+}
+
+void TestThumbnailPane::aFileGivenAsRootIsSelected()
+{
+    QFETCH(bool, detailList);
+    QFETCH(bool, listedBefore);
+    const QString row = QString::fromLatin1(QTest::currentDataTag());
+    // Enough entries after it that the file is out of sight unless the view scrolls to it.
+    for (int i = 0; i < 60; ++i)
+        QVERIFY(!make(QStringLiteral("many/z%1.vela").arg(i, 2, 10, QLatin1Char('0'))).isEmpty());
+    const QString file = make(QStringLiteral("many/zz_last.vela"));
+    const QString folder = QFileInfo(file).absolutePath();
+    makePane();
+    if (detailList)
+        m_pane->setTreeViewVisible();
+    if (listedBefore) {
+        show(folder);
+        show(m_dir->path());
+    }
+    QSignalSpy clicked(m_pane.get(), &ThumbnailPane::newPathClicked);
+
+    m_pane->setListViewRootIndex(file);
+    QVERIFY2(m_pane->currentRootPath() == folder, qPrintable(row + ": root " + m_pane->currentRootPath()));
+    QVERIFY2(m_pane->selectedPaths() == QStringList{file}, qPrintable(row + ": selected " + m_pane->selectedPaths().join(u' ')));
+    QVERIFY2(!clicked.isEmpty() && clicked.last().at(0).toString() == file, qPrintable(row + ": preview not told"));
+    QTRY_COMPARE(m_pane->proxy()->rowCount(view()->rootIndex()), 61);
+    // Still selected, and in sight, once the whole folder is there.
+    QVERIFY2(m_pane->selectedPaths() == QStringList{file}, qPrintable(row + ": selection lost"));
+    const QPersistentModelIndex index = m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file));
+    QTRY_VERIFY2(view()->viewport()->rect().contains(view()->visualRect(index).center()), qPrintable(row + ": out of sight"));
+
+    // An entry of another folder is no entry of the shown one.
+    m_pane->selectEntry(m_dir->filePath(QStringLiteral("ball.vela")));
+    QVERIFY2(m_pane->selectedPaths() == QStringList{file}, qPrintable(row + ": selected outside the folder"));
 }
 
 void TestThumbnailPane::settingsMenuToggles()

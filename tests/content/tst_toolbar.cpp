@@ -264,11 +264,28 @@ void TestToolbar::basicFrameHoldsItsContent()
     m_window->show();
 
     QCOMPARE(content->parentWidget(), frame);
-    QCOMPARE(frame->toolbar()->geometry().topLeft(), QPoint(5, 5));
-    QCOMPARE(content->y(), frame->toolbar()->geometry().bottom() + 1 + 5);
+    // A strip without buttons takes no room: the content starts at the top margin.
+    QVERIFY(!frame->toolbar()->isVisible());
+    QTRY_COMPARE(content->y(), 5);
     QCOMPARE(content->geometry().bottom(), 200 - 5 - 1);
 
+    // The first button brings the strip, with the spacing under it.
+    auto* button = new QPushButton(QStringLiteral("B"));
+    button->setFixedSize(20, 20);
+    frame->toolbar()->addWidget(button);
+    QVERIFY(frame->toolbar()->isVisible());
+    QTRY_COMPARE(frame->toolbar()->geometry().topLeft(), QPoint(5, 5));
+    QTRY_COMPARE(content->y(), frame->toolbar()->geometry().bottom() + 1 + 5);
+
+    // Asked away, it stays away whatever it holds; asked back, it returns.
     frame->setToolbarVisible(false);
+    QTRY_COMPARE(content->y(), 5);
+    frame->setToolbarVisible(true);
+    QTRY_COMPARE(content->y(), frame->toolbar()->geometry().bottom() + 1 + 5);
+
+    // Its last button gone, the strip goes too.
+    delete button;
+    QTRY_VERIFY(!frame->toolbar()->isVisible());
     QTRY_COMPARE(content->y(), 5);
 
     QPointer<QLabel> old = content;

@@ -107,9 +107,14 @@ private Q_SLOTS:
             "rTooltipAddFavoritesfolder", "rTooltipAddFavoritespath", "rTooltipAddfavorite", "rTooltipCreatenewfolder",
             "rTooltipGotoParentDirectory", "rTooltipHelp", "rTooltipListview", "rTooltipNavigationhistory",
             "rTooltipNextlocation", "rTooltipPreferences", "rTooltipPreviouslocation", "rTooltipRefreshcontents",
-            "rTooltipScaler", "rTooltipSortby", "rTooltipThumbnailview",
+            "rTooltipScaler", "rTooltipSortby", "rTooltipThumbnailview", "kContentBrowserSearchNoMatch",
+            "rContentBrowserFileKindObj", "rContentBrowserFileKindFbx", "rContentBrowserFileKindAbc",
+            "rContentBrowserFileKindUsd", "rContentBrowserFileKindUsda", "rContentBrowserFileKindUsdc",
+            "rContentBrowserFileKindUsdz", "rContentBrowserFileKindGltf", "rContentBrowserFileKindGlb",
+            "rContentBrowserFileKindBlend", "rContentBrowserFileKindVdb", "rContentBrowserFileKindPly",
+            "rContentBrowserFileKindStl",
         };
-        QCOMPARE(int(std::size(browserKeys)), 88);
+        QCOMPARE(int(std::size(browserKeys)), 102);
         for (const char* key : browserKeys)
             QTest::newRow(key) << QString::fromLatin1(key);
     }

@@ -112,6 +112,8 @@ private Q_SLOTS:
     void subscriptionLivesWithProxy();
     void searchIsConfinedToBaseFolder_data();
     void searchIsConfinedToBaseFolder();
+    void anySearchTextIsAPattern_data();
+    void anySearchTextIsAPattern();
     void sortColumns_data();
     void sortColumns();
     void equalItemsAreNotLess();
@@ -289,6 +291,44 @@ void TestDirectoryFilterProxy::searchIsConfinedToBaseFolder()
 
     listing.proxy.filterFiles(base, QString());
     QVERIFY2(listing.shown().size() == 4 && listing.shown(parts).size() == 2, "an empty search did not list all");
+}
+
+void TestDirectoryFilterProxy::anySearchTextIsAPattern_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("shown");
+
+    QTest::newRow("bracket left open") << "[bm" << QStringList{"[bm]draft.mb"};
+    QTest::newRow("bracket open at the end") << "a[" << QStringList{"a[1].png"};
+    QTest::newRow("closing bracket alone") << "]" << QStringList{"[bm]draft.mb", "a[1].png"};
+    QTest::newRow("reversed range") << "[z-a]" << QStringList();
+    QTest::newRow("set still a set") << "v[12]" << QStringList{"bm_v1.mb"};
+    QTest::newRow("bracket inside a set") << "[[]1" << QStringList{"a[1].png"};
+    QTest::newRow("negated set") << "[!a-z]1" << QStringList{"a[1].png"};
+    QTest::newRow("empty brackets") << "[]" << QStringList();
+    QTest::newRow("characters of expressions") << "(x+" << QStringList{"(x+y)^2.txt"};
+    QTest::newRow("backslash") << "\\" << QStringList{"back\\slash.txt"};
+    QTest::newRow("nothing matches") << "zzz" << QStringList();
+}
+
+// Whatever the user types, the search builds a valid pattern (an invalid one warns on every
+// row and matches nothing).
+void TestDirectoryFilterProxy::anySearchTextIsAPattern()
+{
+    QFETCH(QString, text);
+    QFETCH(QStringList, shown);
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".*")));
+    const QStringList names{"[bm]draft.mb", "a[1].png", "bm_v1.mb", "(x+y)^2.txt", "back\\slash.txt"};
+    QTemporaryDir dir;
+    QVERIFY(makeEntries(dir.path(), names));
+    Listing listing(dir.path());
+    QVERIFY(listing.load(int(names.size())));
+
+    listing.proxy.filterFiles(listing.root, text);
+    QStringList result = listing.shown();
+    result.sort();
+    shown.sort();
+    QVERIFY2(result == shown, qPrintable(QStringLiteral("shows ") + result.join(QLatin1Char(' '))));
 }
 
 void TestDirectoryFilterProxy::sortColumns_data()

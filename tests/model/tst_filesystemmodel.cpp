@@ -1,4 +1,5 @@
 #include "TfileSystemModel.h"
+#include "TstringTable.h"
 
 #include <QDir>
 #include <QFile>
@@ -45,6 +46,8 @@ private Q_SLOTS:
     void nameEditStillRenamesOnDisk();
     void hasChildrenIgnoresPrivateFolders_data();
     void hasChildrenIgnoresPrivateFolders();
+    void typeColumnNamesFormats_data();
+    void typeColumnNamesFormats();
 };
 
 void TestFileSystemModel::overrideSlotHoldsOneValueForOneIndex()
@@ -140,6 +143,59 @@ void TestFileSystemModel::hasChildrenIgnoresPrivateFolders()
     QTRY_COMPARE(model.rowCount(index), int(entries.size()));
     const bool answer = model.hasChildren(index);
     QVERIFY2(answer == expected, qPrintable(QStringLiteral("%1 answered %2").arg(entries.join(u' ')).arg(answer)));
+}
+
+void TestFileSystemModel::typeColumnNamesFormats_data()
+{
+    QTest::addColumn<QString>("entry");
+    // The string-table key of the expected kind; empty where the desktop's type stands.
+    QTest::addColumn<QString>("key");
+    const char* const formats[][2] = {
+        {"obj", "Obj"},   {"fbx", "Fbx"},   {"abc", "Abc"},   {"usd", "Usd"},     {"usda", "Usda"},
+        {"usdc", "Usdc"}, {"usdz", "Usdz"}, {"gltf", "Gltf"}, {"glb", "Glb"},     {"blend", "Blend"},
+        {"vdb", "Vdb"},   {"ply", "Ply"},   {"stl", "Stl"},
+    };
+    for (const auto& format : formats) {
+        QTest::newRow(format[0]) << QStringLiteral("asset.%1").arg(QLatin1String(format[0]))
+                                 << QStringLiteral("rContentBrowserFileKind%1").arg(QLatin1String(format[1]));
+    }
+    QTest::newRow("upper-case suffix") << "CUBE.OBJ" << "rContentBrowserFileKindObj";
+    QTest::newRow("only the last suffix counts") << "cube.obj.bak" << "";
+    QTest::newRow("a folder named like a file") << "parts.fbx/" << "";
+    QTest::newRow("other files keep their type") << "notes.txt" << "";
+}
+
+void TestFileSystemModel::typeColumnNamesFormats()
+{
+    QFETCH(QString, entry);
+    QFETCH(QString, key);
+    const QString row = QString::fromLatin1(QTest::currentDataTag());
+    QTemporaryDir dir;
+    QVERIFY(makeEntries(dir.path(), {entry}));
+    TfileSystemModel model(nullptr);
+    QVERIFY(listFolder(model, dir.path(), 1));
+    const QModelIndex name = model.index(dir.filePath(entry.endsWith(u'/') ? entry.chopped(1) : entry));
+    const QModelIndex type = name.siblingAtColumn(2);
+    // The gatherer names the type after the row arrives.
+    QTRY_VERIFY2(!type.data().toString().isEmpty(), qPrintable(row + ": no type"));
+
+    const QString shown = type.data().toString();
+    if (key.isEmpty()) {
+        QStringList kinds;
+        for (const QString& each : TstringTable::keys()) {
+            if (each.startsWith(QLatin1String("rContentBrowserFileKind")))
+                kinds << TstringTable::text(each);
+        }
+        QVERIFY(kinds.size() == 13);
+        QVERIFY2(!kinds.contains(shown), qPrintable(row + ": " + shown));
+        return;
+    }
+    QVERIFY2(shown == TstringTable::text(key), qPrintable(row + ": " + shown));
+    // The text comes from the host's table, so a localised table is followed.
+    TstringTable::setText(key, QStringLiteral("Localised"));
+    const QString localised = type.data().toString();
+    TstringTable::restoreDefaults();
+    QVERIFY2(localised == QLatin1String("Localised"), qPrintable(row + ": " + localised));
 }
 
 QTEST_MAIN(TestFileSystemModel)

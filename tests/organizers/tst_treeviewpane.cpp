@@ -10,9 +10,11 @@
 #include "TtreeViewItemDelegate.h"
 #include "VelaEnv.h"
 
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QVBoxLayout>
 #include <QtTest>
 
 namespace {
@@ -73,6 +75,8 @@ private Q_SLOTS:
     void defaultsAreWrittenBack();
     void saveStoresTabFolderAndFlags();
     void clickingAnotherFolderClosesTheLastOne();
+    void chosenFolderComesIntoSight_data();
+    void chosenFolderComesIntoSight();
 
 private:
     std::unique_ptr<TfreshHostState> m_state;
@@ -294,6 +298,71 @@ void TstTreeViewPane::clickingAnotherFolderClosesTheLastOne()
     QTRY_VERIFY_WITH_TIMEOUT(model->hasChildren(model->index(parent)), 30000);
     pane.treeViewClicked(proxy->mapFromSource(model->index(parent)));
     QVERIFY(pane.lastClickedFolder().isEmpty());
+}
+
+void TstTreeViewPane::chosenFolderComesIntoSight_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::newRow("another tab chose it, System shown later") << "other tab";
+    QTest::newRow("chosen while the System tree is shown") << "system tab";
+    QTest::newRow("restored with the context") << "restore";
+}
+
+// The folder sits far down a long listing, and is chosen while that listing is still
+// arriving: rows sorted in above it push it down after the first scroll.
+void TstTreeViewPane::chosenFolderComesIntoSight()
+{
+    QFETCH(QString, how);
+    const QString row = QString::fromLatin1(QTest::currentDataTag());
+    const int folders = 80;
+    for (int i = 0; i < folders; ++i)
+        QVERIFY(QDir(m_dir->path()).mkpath(QStringLiteral("f%1").arg(i, 2, 10, QLatin1Char('0'))));
+    const QString target = m_dir->filePath(QStringLiteral("f77/inner"));
+    QVERIFY(QDir().mkpath(target));
+    const int listed = folders + 3; // a, b and c of every test
+
+    QWidget window;
+    auto* layout = new QVBoxLayout(&window);
+    auto* pane = new TreeViewPane(m_dir->path(), m_options, &window);
+    layout->addWidget(pane);
+    window.resize(300, 260);
+    TfileSystemModel* model = pane->systemModel();
+    TdirectoryFilterProxy* proxy = pane->systemProxy();
+    BrowserTreeView* tree = pane->systemTree();
+
+    // Chosen before the event loop has run: nothing of the listing has arrived yet, and the
+    // tree has never been shown.
+    if (how == QLatin1String("restore")) {
+        pane->setContext(QStringLiteral("scroll"), QStringLiteral("system"), target);
+    } else {
+        if (how == QLatin1String("system tab"))
+            pane->tabWidget()->setCurrentIndex(pane->tabIndex(TreeViewPane::SystemTab));
+        // As the favorites or the library tab would.
+        Q_EMIT pane->newPathSelected(target);
+    }
+    QVERIFY(model->rowCount(model->index(m_dir->path())) < listed);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QTRY_COMPARE_WITH_TIMEOUT(model->rowCount(model->index(m_dir->path())), listed, 30000);
+    if (how == QLatin1String("other tab")) {
+        QVERIFY2(!tree->isVisible(), qPrintable(row));
+        pane->tabWidget()->setCurrentIndex(pane->tabIndex(TreeViewPane::SystemTab));
+    }
+
+    const QPersistentModelIndex index = proxy->mapFromSource(model->index(target));
+    QVERIFY2(index.isValid() && tree->selectionModel()->isSelected(index), qPrintable(row + ": not selected"));
+    const auto inSight = [tree, index] {
+        const QRect rect = tree->visualRect(index);
+        return rect.isValid() && tree->viewport()->rect().contains(rect.center());
+    };
+    QTRY_VERIFY2(inSight(), qPrintable(row + ": out of sight"));
+
+    // Once the user scrolls, the tree stays where the user put it.
+    tree->verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMinimum);
+    QVERIFY2(!inSight(), qPrintable(row + ": still in sight at the top"));
+    tree->resize(tree->width(), tree->height() - 1);
+    QCoreApplication::processEvents();
+    QVERIFY2(!inSight(), qPrintable(row + ": jumped back after the user scrolled"));
 }
 
 QTEST_MAIN(TstTreeViewPane)

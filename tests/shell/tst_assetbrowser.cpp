@@ -4,9 +4,11 @@
 #include "TcontentListView.h"
 #include "BrowserListView.h"
 #include "PreviewPane.h"
+#include "QvelaBreadCrumb.h"
 #include "SearchToolbar.h"
 #include "TbrowserStrings.h"
 #include "TdirectoryFilterProxy.h"
+#include "TfavoritesOrganizer.h"
 #include "TfileSystemModel.h"
 #include "Tint32Array.h"
 #include "TprefOptionVar.h"
@@ -18,6 +20,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
@@ -27,7 +30,9 @@
 #include <QListView>
 #include <QApplication>
 #include <QSplitter>
+#include <QStandardItemModel>
 #include <QTabWidget>
+#include <QTreeView>
 #include <QtTest>
 
 namespace {
@@ -89,6 +94,8 @@ private Q_SLOTS:
     void everyTextFollowsTheHostScale();
     void theContentPaneGetsTheRoomFirst();
     void thumbnailSizeSavedAtAnotherScaleTakesTheNearestStep();
+    void aChosenFileOpensItsFolderSelected_data();
+    void aChosenFileOpensItsFolderSelected();
 
 private:
     AssetBrowser* make(const TassetBrowserOptions& options);
@@ -398,6 +405,53 @@ void TstAssetBrowser::thumbnailSizeSavedAtAnotherScaleTakesTheNearestStep()
     QCOMPARE(browser->contentPane()->thumbnailSize(), 192);
     QCOMPARE(grid->listView()->iconSize(), QSize(192, 192));
     QCOMPARE(grid->sizeSlider()->value(), 1);
+}
+
+void TstAssetBrowser::aChosenFileOpensItsFolderSelected_data()
+{
+    QTest::addColumn<QString>("how");
+    QTest::newRow("a favorite that is a file") << "favorite";
+    QTest::newRow("a file typed in the path bar") << "typed";
+}
+
+void TstAssetBrowser::aChosenFileOpensItsFolderSelected()
+{
+    QFETCH(QString, how);
+    const QString row = QString::fromLatin1(QTest::currentDataTag());
+    AssetBrowser* browser = make(m_host->options());
+    browser->setBrowserContext(T(QStringLiteral("layout")), T(QStringLiteral("system")), T(m_dir->path()));
+    const QString folder = m_dir->filePath(QStringLiteral("props"));
+    const QString file = m_dir->filePath(QStringLiteral("props/crate.vela"));
+    ThumbnailPane* pane = browser->contentPane();
+    QSignalSpy previewed(pane, &ThumbnailPane::newPathClicked);
+
+    if (how == QLatin1String("favorite")) {
+        TreeViewPane* side = browser->sidePanel();
+        TfavoritesOrganizer* favorites = side->favoritesOrganizer();
+        favorites->addPathToFavorites({file});
+        side->tabWidget()->setCurrentIndex(side->tabIndex(TreeViewPane::FavoritesTab));
+        QTreeView* view = favorites->view();
+        const QModelIndexList items = favorites->model()->match(favorites->model()->index(0, 0),
+                                                                Qt::DisplayRole, QStringLiteral("crate.vela"));
+        QVERIFY2(items.size() == 1, qPrintable(row));
+        QTRY_VERIFY(view->visualRect(items.first()).isValid());
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(items.first()).center());
+    } else {
+        SearchToolbar* bar = browser->pathBar();
+        bar->onBreadCrumbFilePathBarClicked();
+        QTRY_VERIFY(bar->pathEdit()->hasFocus());
+        bar->pathEdit()->lineEdit()->selectAll();
+        QTest::keyClicks(bar->pathEdit(), file);
+        QTest::keyClick(bar->pathEdit(), Qt::Key_Return);
+    }
+
+    QTRY_VERIFY2(pane->currentRootPath() == folder, qPrintable(row + ": shows " + pane->currentRootPath()));
+    QTRY_VERIFY2(pane->selectedPaths() == QStringList{file}, qPrintable(row + ": selected " + pane->selectedPaths().join(u' ')));
+    QVERIFY2(!previewed.isEmpty() && previewed.last().at(0).toString() == file, qPrintable(row + ": preview not told"));
+    // The folder is what the browser went to: that is what the history and the path bar hold.
+    QVERIFY2(browser->history().paths().last() == folder, qPrintable(row + ": history " + browser->history().paths().last()));
+    QVERIFY2(browser->pathBar()->breadCrumb()->getPath() == folder + QLatin1Char('/'),
+             qPrintable(row + ": path bar " + browser->pathBar()->breadCrumb()->getPath()));
 }
 
 QTEST_MAIN(TstAssetBrowser)
