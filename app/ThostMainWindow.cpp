@@ -24,6 +24,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QStatusBar>
+#include <QThread>
 #include <QToolBar>
 
 namespace {
@@ -63,6 +64,10 @@ ThostMainWindow::ThostMainWindow(const Settings& settings)
     ThostCommands::registerAll();
     // Loaded only now, so that a corrupt store is reported through the display just set.
     TprefOptionVar::setPreferenceDirectory(settings.preferenceDir);
+    // The host's image loader is thread-safe: the browser may call it from as many workers
+    // as there are cores.
+    TprefOptionVar::setOptionVarValue(Tstring("contentBrowserImageLoaderThreads"), QThread::idealThreadCount(),
+                                      Tstring("Content Browser"));
     ThostProjects::instance()->load(settings.projectsFolder);
 
     buildMenus();
