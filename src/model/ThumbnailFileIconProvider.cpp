@@ -6,6 +6,8 @@
 #include "TuiScale.h"
 
 #include <QFileInfo>
+#include <QMimeDatabase>
+#include <QMutexLocker>
 #include <QPixmap>
 
 #include <cmath>
@@ -39,5 +41,12 @@ QIcon ThumbnailFileIconProvider::icon(const QFileInfo& info) const
     // The listing's file information is already filled in: isDir() reads no disk here.
     if (info.isDir())
         return m_folderIcon;
-    return systemIcon(info);
+    if (!info.isFile())
+        return systemIcon(info);
+    const QString kind = QMimeDatabase().mimeTypeForFile(info.fileName(), QMimeDatabase::MatchExtension).name();
+    QMutexLocker lock(&m_kindMutex);
+    auto it = m_kindIcons.find(kind);
+    if (it == m_kindIcons.end())
+        it = m_kindIcons.insert(kind, systemIcon(info));
+    return *it;
 }

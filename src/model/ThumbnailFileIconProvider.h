@@ -2,8 +2,11 @@
 
 #include "TfileKindIconProvider.h"
 
+#include <QHash>
 #include <QIcon>
+#include <QMutex>
 #include <QSize>
+#include <QString>
 
 class QFileInfo;
 class TassetBrowserOptions;
@@ -38,4 +41,7 @@ private:
     QSize m_iconSize;
     bool m_foldersOnly;
     QIcon m_folderIcon;
+    // One icon per kind: a theme look-up per listed file would cost more than the listing.
+    mutable QMutex m_kindMutex;
+    mutable QHash<QString, QIcon> m_kindIcons;
 };

@@ -184,6 +184,17 @@ TthumbnailService::~TthumbnailService()
     m_pool.waitForDone();
 }
 
+void TthumbnailService::setThreadCount(int threads)
+{
+    m_pool.setMaxThreadCount(qMax(1, threads));
+}
+
+int TthumbnailService::activeWorkers() const
+{
+    QMutexLocker lock(&m_queueMutex);
+    return m_runners;
+}
+
 int TthumbnailService::loaderThreads()
 {
     return qMax(0, TprefOptionVar::intValue(Tstring(loaderThreadsKey), 0));

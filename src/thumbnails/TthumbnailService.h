@@ -158,6 +158,12 @@ public:
     // starts. Work reports back with QMetaObject::invokeMethod on a receiver of its own.
     void submit(Priority priority, const std::shared_ptr<TworkTicket>& ticket, std::function<void()> work);
 
+    // Worker threads: QThread::idealThreadCount() unless set (benchmarks, tests).
+    int threadCount() const { return m_pool.maxThreadCount(); }
+    void setThreadCount(int threads);
+    // Worker threads running work now.
+    int activeWorkers() const;
+
     qint64 memoryBound() const;
     qint64 memoryUsed() const;
     int cachedCount() const { return m_cache.count(); }
