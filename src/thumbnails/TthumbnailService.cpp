@@ -413,8 +413,9 @@ void TthumbnailService::startRunners()
         size_t waiting = 0;
         for (const auto& queue : m_queues)
             waiting += queue.size();
-        const int wanted = int(qMin<size_t>(waiting, size_t(m_pool.maxThreadCount())));
-        toStart = qMax(0, wanted - m_runners);
+        // A runner busy with one piece of work does not count for the waiting ones; a
+        // runner that finds nothing left simply ends.
+        toStart = int(qMin<size_t>(waiting, size_t(qMax(0, m_pool.maxThreadCount() - m_runners))));
         m_runners += toStart;
     }
     for (int i = 0; i < toStart; ++i)
