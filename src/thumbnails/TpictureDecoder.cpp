@@ -84,8 +84,12 @@ QImage TpictureDecoder::readFitted(const QString& path, const QSize& box, bool f
         const QSize fitted = source.scaled(readBox, Qt::KeepAspectRatio);
         if (fitted.width() < source.width() && reader.supportsOption(QImageIOHandler::ScaledSize)) {
             decodeSize = reducedDecodeSize(source, fitted);
-            if (decodeSize != source)
+            if (decodeSize != source) {
                 reader.setScaledSize(decodeSize);
+                // The fast transform and plain upsampling of a reduced JPEG decode cost no
+                // visible detail once the picture is scaled down further.
+                reader.setQuality(49);
+            }
         }
     }
     // A crafted header can promise tens of thousands of pixels a side; a format without a

@@ -17,6 +17,12 @@
 #include <algorithm>
 #include <limits>
 
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
+
 namespace {
 
 const char* const indicatorFiles[] = {"CB_AnimationIndicator.png", "CB_ClipAnimationIndicator.png",
@@ -424,6 +430,16 @@ void TthumbnailService::startRunners()
 
 void TthumbnailService::runLoop()
 {
+#ifdef Q_OS_LINUX
+    // QThread::LowPriority changes nothing under Linux's normal scheduler; a nice value per
+    // thread does, so that decoding yields the cores to the GUI thread.
+    const int nice = m_lowPriority ? 10 : 0;
+    static thread_local int applied = 0;
+    if (applied != nice) {
+        applied = nice;
+        setpriority(PRIO_PROCESS, id_t(syscall(SYS_gettid)), nice);
+    }
+#endif
     for (;;) {
         std::shared_ptr<Work> work;
         {

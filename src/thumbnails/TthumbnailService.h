@@ -161,6 +161,10 @@ public:
     // Worker threads: QThread::idealThreadCount() unless set (benchmarks, tests).
     int threadCount() const { return m_pool.maxThreadCount(); }
     void setThreadCount(int threads);
+    // Whether worker threads run below the GUI thread's priority (on by default: decoding
+    // must never take the cores from the GUI thread). Benchmarks turn it off to measure the
+    // decoding alone.
+    void setLowPriority(bool low) { m_lowPriority = low; }
     // Worker threads running work now.
     int activeWorkers() const;
 
@@ -210,4 +214,5 @@ private:
     QCache<TthumbnailKey, Entry> m_cache;
     std::atomic<quint64> m_decodes{0};
     bool m_busy = false;
+    std::atomic<bool> m_lowPriority{true};
 };
