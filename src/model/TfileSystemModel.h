@@ -2,12 +2,13 @@
 
 #include <QFileSystemModel>
 #include <QModelIndex>
+#include <QPointer>
 #include <QSize>
 #include <QVariant>
 
+#include "TthumbnailService.h"
+
 class TassetBrowserOptions;
-class TthumbnailService;
-struct TthumbnailKey;
 
 // The browser's model of the disk: QFileSystemModel with fixed alignments, a scaled header
 // height, one override slot for a temporary decoration, and an expansion test that ignores
@@ -55,7 +56,7 @@ public:
     // Turns thumbnails on: service (not owned, outlives the model) makes them with the host
     // callbacks of options (not owned, may be null).
     void setThumbnailService(TthumbnailService* service, const TassetBrowserOptions* options);
-    TthumbnailService* thumbnailService() const { return m_thumbnails; }
+    TthumbnailService* thumbnailService() const { return m_thumbnails.data(); }
     // The size thumbnails are shown at, in device pixels; an empty size shows kind icons only
     // (the detail list). Emits nothing: the views repaint after a size change anyway.
     void setThumbnailSize(const QSize& pixelSize) { m_thumbnailSize = pixelSize; }
@@ -70,7 +71,7 @@ private Q_SLOTS:
 private:
     void onThumbnailReady(const TthumbnailKey& key);
 
-    TthumbnailService* m_thumbnails = nullptr;
+    QPointer<TthumbnailService> m_thumbnails;
     quint64 m_thumbnailOwner = 0;
     QSize m_thumbnailSize;
     QModelIndex m_overrideIndex;

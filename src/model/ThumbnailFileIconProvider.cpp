@@ -6,7 +6,6 @@
 #include "TuiScale.h"
 
 #include <QFileInfo>
-#include <QMimeDatabase>
 #include <QMutexLocker>
 #include <QPixmap>
 
@@ -43,7 +42,10 @@ QIcon ThumbnailFileIconProvider::icon(const QFileInfo& info) const
         return m_folderIcon;
     if (!info.isFile())
         return systemIcon(info);
-    const QString kind = QMimeDatabase().mimeTypeForFile(info.fileName(), QMimeDatabase::MatchExtension).name();
+    // Keyed by suffix: the kind follows from it, and a hash look-up is far cheaper than the
+    // mime database's glob matching for every listed file.
+    const QString suffix = info.suffix();
+    const QString kind = suffix.isEmpty() ? QLatin1Char('/') + info.fileName() : suffix.toLower();
     QMutexLocker lock(&m_kindMutex);
     auto it = m_kindIcons.find(kind);
     if (it == m_kindIcons.end())

@@ -138,7 +138,8 @@ struct TthumbnailService::Task
     int priority = Visible;
     std::shared_ptr<Owner> owner;
     TabImageLoader* loader = nullptr;
-    bool loaderOnWorkers = false;
+    // Taken at the request: the owner's gate may be replaced on the GUI thread meanwhile.
+    std::shared_ptr<TloaderGate> gate;
 
     // Touched by one thread at a time: the worker running it or the GUI thread between steps.
     Stage stage = Probe;
@@ -358,7 +359,7 @@ void TthumbnailService::request(const void* client, const TthumbnailKey& key, Pr
                     owner->gate->close();
                 owner->gate = std::make_shared<TloaderGate>(task->loader, threads);
             }
-            task->loaderOnWorkers = true;
+            task->gate = owner->gate;
         }
     }
     m_tasks.insert(key, task);
@@ -480,8 +481,8 @@ void TthumbnailService::runThumbnail(const std::shared_ptr<Task>& task)
         if (!t.raw.isNull()) {
             t.previewBadge = true;
             t.stage = Task::FitRaw;
-        } else if (t.loader && t.loaderOnWorkers && t.owner->gate) {
-            t.raw = t.owner->gate->load(path);
+        } else if (t.loader && t.gate) {
+            t.raw = t.gate->load(path);
             t.stage = t.raw.isNull() ? Task::ImageFile : Task::FitRaw;
         } else if (t.loader) {
             // The host loader runs on the GUI thread: hand the task over and come back.
