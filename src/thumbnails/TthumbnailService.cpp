@@ -164,6 +164,9 @@ TthumbnailService::TthumbnailService(QObject* parent)
     qRegisterMetaType<TthumbnailKey>();
     m_pool.setMaxThreadCount(qMax(1, QThread::idealThreadCount()));
     m_pool.setThreadPriority(QThread::LowPriority);
+    // What the user waits for right now (hover frames, the preview) has threads of its own at
+    // the GUI thread's priority, so that a folder full of thumbnails never delays it.
+    m_interactivePool.setMaxThreadCount(2);
     m_loaderTimer.setSingleShot(true);
     m_loaderTimer.setInterval(0);
     connect(&m_loaderTimer, &QTimer::timeout, this, &TthumbnailService::runLoaderSlice);
@@ -189,6 +192,7 @@ TthumbnailService::~TthumbnailService()
             owner->gate->close();
     }
     m_pool.waitForDone();
+    m_interactivePool.waitForDone();
 }
 
 void TthumbnailService::setThreadCount(int threads)
@@ -199,7 +203,7 @@ void TthumbnailService::setThreadCount(int threads)
 int TthumbnailService::activeWorkers() const
 {
     QMutexLocker lock(&m_queueMutex);
-    return m_runners;
+    return m_runners + m_interactiveRunners;
 }
 
 int TthumbnailService::loaderThreads()
@@ -414,38 +418,43 @@ bool TthumbnailService::unqueue(const std::shared_ptr<Work>& work)
 
 void TthumbnailService::startRunners()
 {
-    int toStart = 0;
+    int background = 0;
+    int interactive = 0;
     {
         QMutexLocker lock(&m_queueMutex);
-        size_t waiting = 0;
-        for (const auto& queue : m_queues)
-            waiting += queue.size();
         // A runner busy with one piece of work does not count for the waiting ones; a
         // runner that finds nothing left simply ends.
-        toStart = int(qMin<size_t>(waiting, size_t(qMax(0, m_pool.maxThreadCount() - m_runners))));
-        m_runners += toStart;
+        const size_t waiting = m_queues[Visible].size() + m_queues[Ahead].size();
+        background = int(qMin<size_t>(waiting, size_t(qMax(0, m_pool.maxThreadCount() - m_runners))));
+        m_runners += background;
+        interactive = int(qMin<size_t>(m_queues[Interactive].size(),
+                                       size_t(qMax(0, m_interactivePool.maxThreadCount() - m_interactiveRunners))));
+        m_interactiveRunners += interactive;
     }
-    for (int i = 0; i < toStart; ++i)
-        m_pool.start([this] { runLoop(); });
+    for (int i = 0; i < background; ++i)
+        m_pool.start([this] { runLoop(false); });
+    for (int i = 0; i < interactive; ++i)
+        m_interactivePool.start([this] { runLoop(true); });
 }
 
-void TthumbnailService::runLoop()
+void TthumbnailService::runLoop(bool interactive)
 {
 #ifdef Q_OS_LINUX
     // QThread::LowPriority changes nothing under Linux's normal scheduler; a nice value per
-    // thread does, so that decoding yields the cores to the GUI thread.
-    const int nice = m_lowPriority ? 10 : 0;
-    static thread_local int applied = 0;
-    if (applied != nice) {
-        applied = nice;
-        setpriority(PRIO_PROCESS, id_t(syscall(SYS_gettid)), nice);
+    // thread does. Only raised, never lowered again: that would need a privilege.
+    static thread_local bool lowered = false;
+    if (!interactive && m_lowPriority && !lowered) {
+        lowered = true;
+        setpriority(PRIO_PROCESS, id_t(syscall(SYS_gettid)), 10);
     }
 #endif
     for (;;) {
         std::shared_ptr<Work> work;
         {
             QMutexLocker lock(&m_queueMutex);
-            for (auto& queue : m_queues) {
+            for (int priority = interactive ? Interactive : Visible; priority <= (interactive ? Interactive : Ahead);
+                 ++priority) {
+                auto& queue = m_queues[priority];
                 if (!queue.empty()) {
                     work = queue.back();
                     queue.pop_back();
@@ -454,7 +463,7 @@ void TthumbnailService::runLoop()
                 }
             }
             if (!work) {
-                --m_runners;
+                --(interactive ? m_interactiveRunners : m_runners);
                 return;
             }
         }

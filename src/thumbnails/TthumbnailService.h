@@ -78,9 +78,10 @@ private:
 // on a thread pool, holds finished thumbnails in a memory cache bounded in bytes, and hands
 // them to the GUI thread, which alone makes pixmaps and icons of them.
 //
-// Threads: every public function is called on the GUI thread. Decoding (TpictureDecoder)
-// runs on the service's own QThreadPool: QThread::idealThreadCount() threads at low
-// priority. The host's image loader runs on the GUI thread in slices of about 8 ms per
+// Threads: every public function is called on the GUI thread. Thumbnails are decoded
+// (TpictureDecoder) on the service's own QThreadPool: QThread::idealThreadCount() threads at
+// low priority (nice 10 on Linux, where QThread::LowPriority does nothing). Interactive work
+// (hover frames, the preview) runs on two threads of its own at normal priority. The host's image loader runs on the GUI thread in slices of about 8 ms per
 // event-loop pass, unless the host option variable "contentBrowserImageLoaderThreads" is a
 // positive N: then on the workers, at most N calls at once.
 //
@@ -154,12 +155,14 @@ public:
     int pendingCount() const;
     bool isIdle() const { return pendingCount() == 0; }
 
-    // Runs work on the pool at priority; it is skipped when ticket is cancelled before it
-    // starts. Work reports back with QMetaObject::invokeMethod on a receiver of its own.
+    // Runs work at priority (Interactive: on the interactive threads); it is skipped when
+    // ticket is cancelled before it starts. Work reports back with QMetaObject::invokeMethod on a receiver of its own.
     void submit(Priority priority, const std::shared_ptr<TworkTicket>& ticket, std::function<void()> work);
 
-    // Worker threads: QThread::idealThreadCount() unless set (benchmarks, tests).
+    // Worker threads of thumbnails: QThread::idealThreadCount() unless set (benchmarks,
+    // tests); interactive work has threads of its own.
     int threadCount() const { return m_pool.maxThreadCount(); }
+    int interactiveThreadCount() const { return m_interactivePool.maxThreadCount(); }
     void setThreadCount(int threads);
     // Whether worker threads run below the GUI thread's priority (on by default: decoding
     // must never take the cores from the GUI thread). Benchmarks turn it off to measure the
@@ -190,7 +193,7 @@ private:
     void enqueue(const std::shared_ptr<Work>& work);
     bool unqueue(const std::shared_ptr<Work>& work);
     void startRunners();
-    void runLoop();
+    void runLoop(bool interactive);
     void runThumbnail(const std::shared_ptr<Task>& task);
     void finishThumbnail(const std::shared_ptr<Task>& task);
     void dropTask(const std::shared_ptr<Task>& task);
@@ -200,9 +203,11 @@ private:
     void noteIdle();
 
     QThreadPool m_pool;
+    QThreadPool m_interactivePool;
     mutable QMutex m_queueMutex;
     std::vector<std::shared_ptr<Work>> m_queues[3];
     int m_runners = 0;
+    int m_interactiveRunners = 0;
 
     QHash<TthumbnailKey, std::shared_ptr<Task>> m_tasks;
     // Tasks waiting for the host loader on the GUI thread; Ahead ones park until painted.

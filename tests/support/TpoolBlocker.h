@@ -4,17 +4,18 @@
 
 #include <QSemaphore>
 
-// Keeps every worker thread of a thumbnail service busy until release(), so that a test can
-// queue work and look at the queue before anything of it starts. Construction returns once
-// all the workers are held.
+// Keeps every worker thread of a thumbnail service (the thumbnail threads and the interactive
+// ones) busy until release(), so that a test can queue work and look at the queue before
+// anything of it starts. Construction returns once all the workers are held.
 class TpoolBlocker
 {
 public:
     explicit TpoolBlocker(TthumbnailService& service)
-        : m_count(service.threadCount())
+        : m_count(service.threadCount() + service.interactiveThreadCount())
     {
         for (int i = 0; i < m_count; ++i) {
-            service.submit(TthumbnailService::Interactive, nullptr, [this] {
+            const bool interactive = i < service.interactiveThreadCount();
+            service.submit(interactive ? TthumbnailService::Interactive : TthumbnailService::Visible, nullptr, [this] {
                 m_started.release();
                 m_gate.acquire();
             });
