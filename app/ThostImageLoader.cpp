@@ -13,9 +13,6 @@ QString ThostImageLoader::pictureSource(const QString& filePath)
     if (!info.isFile())
         return QString();
     switch (ThostFileKinds::kindOf(filePath)) {
-    case Kind::Image:
-    case Kind::Stamp:
-        return info.absoluteFilePath();
     case Kind::Scene:
     case Kind::Interchange: {
         const QString frame = ThostFileKinds::swatchFramePath(filePath, 1);
@@ -26,6 +23,8 @@ QString ThostImageLoader::pictureSource(const QString& filePath)
             return sidecar;
         return QString();
     }
+    case Kind::Image:
+    case Kind::Stamp:
     case Kind::Script:
     case Kind::Other:
         break;

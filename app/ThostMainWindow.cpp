@@ -25,6 +25,7 @@
 #include <QMessageBox>
 #include <QSettings>
 #include <QStatusBar>
+#include <QThread>
 #include <QToolBar>
 
 namespace {
@@ -72,6 +73,10 @@ ThostMainWindow::ThostMainWindow(const Settings& settings)
     ThostCommands::registerAll();
     // Loaded only now, so that a corrupt store is reported through the display just set.
     TprefOptionVar::setPreferenceDirectory(settings.preferenceDir);
+    // The host's image loader is thread-safe: the browser may call it from as many workers
+    // as there are cores.
+    TprefOptionVar::setOptionVarValue(Tstring("contentBrowserImageLoaderThreads"), QThread::idealThreadCount(),
+                                      Tstring("Content Browser"));
     ThostProjects::instance()->load(settings.projectsFolder);
 
     buildMenus();

@@ -1,35 +1,67 @@
-// Makes large JPEG photographs and times the thumbnail provider's icon() for each of them at
-// the content pane's largest thumbnail size, with a cold cache, in milliseconds per image
-// (median and worst). When vipsthumbnail is on the PATH it makes thumbnails of the same files
-// at the same size in the same run, all in one process, and the ratio of the means is printed.
+// Drives the real browser (the factory with the reference host's callbacks, offscreen, a
+// 1400 x 900 window) over a folder of generated photographs (3000 x 2000 JPEG) and prints:
 //
-// With --loader the provider gets a host image loader that decodes each photograph whole, as
-// a host that pictures image files itself does; the provider then only fits its picture.
+//   - the longest and the 99th-percentile GUI-thread stall (gaps between the ticks of a 1 ms
+//     heartbeat timer) while the folder opens and while it is scrolled from top to bottom,
+//     a page every 16 ms;
+//   - the time from navigation to the grid's first paint, and until every visible cell
+//     shows its real picture;
+//   - the peak resident memory after the scroll;
+//   - thumbnail throughput on all cores (the service alone, at the grid's size), side by side
+//     with vipsthumbnail on the same files, one process per core, when it is installed;
+//   - hover: mouse-enter to the first frame on screen, for a scene with 24 swatch frames of
+//     512 x 512.
 //
-//   bench_thumbnails [--images N] [--width W] [--height H] [--size S] [--keep DIR] [--loader]
+// The photographs are made once and kept in /tmp/orlo-bench-photos/N (a few distinct
+// pictures copied to N files): later runs reuse them.
+//
+//   bench_thumbnails [--photos N] [--throughput K] [--generate-only]
 
-#include "TabImageLoader.h"
+#include "BrowserListView.h"
+#include "ORLOAssetBrowser.h"
+#include "TcontentListView.h"
+#include "TdirectoryFilterProxy.h"
+#include "TfileSystemModel.h"
+#include "ThostDpiScaling.h"
+#include "ThostImageLoader.h"
+#include "ThostPopupMenuCreator.h"
+#include "ThumbnailPane.h"
+#include "TiconAnimationWorker.h"
+#include "TpictureDecoder.h"
+#include "TprefOptionVar.h"
+#include "Tstring.h"
+#include "TthumbnailService.h"
 #include "TassetBrowserOptions.h"
-#include "ThumbnailFileIconProvider.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QImage>
-#include <QImageReader>
 #include <QLinearGradient>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QProcess>
+#include <QScrollBar>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <vector>
 
+#include <sys/resource.h>
+#include <ctime>
+
 namespace {
+
+const QSize photoSize(3000, 2000);
+const int distinctPhotos = 24;
 
 // A photograph-like picture: a sky gradient, shapes and fine noise, so that JPEG has real
 // detail to code and decode (a flat picture would decode unrealistically fast).
@@ -59,7 +91,7 @@ QImage photograph(const QSize& size, int seed)
     for (int y = 0; y < size.height(); ++y) {
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
         for (int x = 0; x < size.width(); ++x) {
-            const int noise = int(next() % 25) - 12;
+            const int noise = int(next() % 17) - 8;
             const QRgb p = line[x];
             line[x] = qRgb(qBound(0, qRed(p) + noise, 255), qBound(0, qGreen(p) + noise, 255),
                            qBound(0, qBlue(p) + noise, 255));
@@ -68,132 +100,350 @@ QImage photograph(const QSize& size, int seed)
     return image;
 }
 
-// A host loader that reads the whole file, upright, as a host picturing images does.
-class TwholeImageLoader : public TabImageLoader
+QString photoName(int i)
+{
+    return QStringLiteral("photo_%1.jpg").arg(i, 5, 10, QLatin1Char('0'));
+}
+
+bool makePhotos(const QString& folder, int count)
+{
+    if (!QDir().mkpath(folder))
+        return false;
+    QElapsedTimer timer;
+    timer.start();
+    int made = 0;
+    for (int i = 0; i < count; ++i) {
+        const QString path = QDir(folder).filePath(photoName(i));
+        if (QFileInfo::exists(path))
+            continue;
+        const int master = i % distinctPhotos;
+        const QString masterPath = QDir(folder).filePath(photoName(master));
+        if (i < distinctPhotos) {
+            if (!photograph(photoSize, i).save(path, "JPEG", 80))
+                return false;
+        } else if (!QFile::copy(masterPath, path)) {
+            return false;
+        }
+        ++made;
+    }
+    if (made > 0)
+        std::printf("made %d photographs in %s (%.1f s)\n", made, qPrintable(folder), timer.elapsed() / 1000.0);
+    return true;
+}
+
+// The heartbeat: a 1 ms timer whose gaps are the GUI thread's stalls.
+class Heartbeat
 {
 public:
-    bool loadImage(const QString& filePath, QPixmap& picture) override
+    Heartbeat()
     {
-        QImageReader reader(filePath);
-        reader.setAutoTransform(true);
-        const QImage image = reader.read();
-        if (image.isNull())
-            return false;
-        picture = QPixmap::fromImage(image);
-        return true;
+        m_timer.setTimerType(Qt::PreciseTimer);
+        m_timer.setInterval(1);
+        QObject::connect(&m_timer, &QTimer::timeout, [this] {
+            const qint64 now = m_clock.nsecsElapsed();
+            m_gaps.push_back((now - m_last) / 1e6);
+            m_last = now;
+            if (m_onTick)
+                m_onTick();
+        });
     }
-    bool canLoadImage(const QString&) const override { return true; }
+    void start()
+    {
+        m_gaps.clear();
+        m_clock.start();
+        m_last = 0;
+        m_timer.start();
+    }
+    void stop() { m_timer.stop(); }
+    void onTick(std::function<void()> tick) { m_onTick = std::move(tick); }
+    double longest() const { return m_gaps.empty() ? 0 : *std::max_element(m_gaps.begin(), m_gaps.end()); }
+    double percentile(double p) const
+    {
+        if (m_gaps.empty())
+            return 0;
+        std::vector<double> sorted = m_gaps;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted[std::min(sorted.size() - 1, size_t(p * double(sorted.size())))];
+    }
+    size_t ticks() const { return m_gaps.size(); }
+
+private:
+    QTimer m_timer;
+    QElapsedTimer m_clock;
+    qint64 m_last = 0;
+    std::vector<double> m_gaps;
+    std::function<void()> m_onTick;
 };
+
+double guiCpuMs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+}
+
+double peakRssMiB()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss / 1024.0;
+}
+
+// Catches the first paint of a widget after arm().
+class PaintWatch : public QObject
+{
+public:
+    explicit PaintWatch(QWidget* widget) { widget->installEventFilter(this); }
+    void arm(const QElapsedTimer* clock)
+    {
+        m_clock = clock;
+        m_at = -1;
+    }
+    double at() const { return m_at; }
+    std::function<bool()> condition;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint && m_clock && m_at < 0 && (!condition || condition()))
+            m_at = m_clock->nsecsElapsed() / 1e6;
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    const QElapsedTimer* m_clock = nullptr;
+    double m_at = -1;
+};
+
+bool waitFor(const std::function<bool()>& done, int timeoutMs)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!done()) {
+        if (timer.elapsed() > timeoutMs)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    }
+    return true;
+}
+
+// Whether every cell inside the grid's viewport shows its real thumbnail.
+bool visibleCellsReal(BrowserListView* grid, TfileSystemModel* model, TdirectoryFilterProxy* proxy)
+{
+    TthumbnailService* service = model->thumbnailService();
+    const QRect viewport = grid->viewport()->rect();
+    const QSize cell = grid->gridSize();
+    int seen = 0;
+    for (int y = cell.height() / 2; y < viewport.height(); y += cell.height()) {
+        for (int x = cell.width() / 2; x < viewport.width(); x += cell.width()) {
+            const QModelIndex index = grid->indexAt(QPoint(x, y));
+            if (!index.isValid())
+                continue;
+            ++seen;
+            const TthumbnailKey key = model->thumbnailKey(proxy->mapToSource(index));
+            if (key.isValid() && !service->isCached(key))
+                return false;
+        }
+    }
+    return seen > 0;
+}
 
 double median(std::vector<double> values)
 {
     if (values.empty())
         return 0;
     std::sort(values.begin(), values.end());
-    const size_t middle = values.size() / 2;
-    return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+    return values[values.size() / 2];
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    // Nothing is shown: without a display the run goes on offscreen.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY")
-        && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     QCommandLineParser parser;
     parser.addHelpOption();
-    const QCommandLineOption imagesOption(QStringLiteral("images"), QStringLiteral("Number of photographs."),
-                                          QStringLiteral("N"), QStringLiteral("200"));
-    const QCommandLineOption widthOption(QStringLiteral("width"), QStringLiteral("Photograph width."),
-                                         QStringLiteral("W"), QStringLiteral("3000"));
-    const QCommandLineOption heightOption(QStringLiteral("height"), QStringLiteral("Photograph height."),
-                                          QStringLiteral("H"), QStringLiteral("2000"));
-    const QCommandLineOption sizeOption(QStringLiteral("size"), QStringLiteral("Thumbnail edge length."),
-                                        QStringLiteral("S"), QStringLiteral("512"));
-    const QCommandLineOption keepOption(QStringLiteral("keep"),
-                                        QStringLiteral("Use (and fill, if empty) DIR instead of a scratch folder."),
-                                        QStringLiteral("DIR"));
-    const QCommandLineOption loaderOption(QStringLiteral("loader"),
-                                          QStringLiteral("Give the provider a host loader that decodes whole images."));
-    parser.addOptions({imagesOption, widthOption, heightOption, sizeOption, keepOption, loaderOption});
+    const QCommandLineOption photosOption(QStringLiteral("photos"), QStringLiteral("Photographs in the folder."),
+                                          QStringLiteral("N"), QStringLiteral("1000"));
+    const QCommandLineOption throughputOption(QStringLiteral("throughput"),
+                                              QStringLiteral("Photographs for the throughput figure."),
+                                              QStringLiteral("K"), QStringLiteral("200"));
+    const QCommandLineOption generateOption(QStringLiteral("generate-only"),
+                                            QStringLiteral("Make the photographs and stop."));
+    parser.addOptions({photosOption, throughputOption, generateOption});
     parser.process(app);
-    const int count = qMax(1, parser.value(imagesOption).toInt());
-    const QSize photoSize(parser.value(widthOption).toInt(), parser.value(heightOption).toInt());
-    const int edge = parser.value(sizeOption).toInt();
-
-    QTemporaryDir scratch;
-    const QString folder = parser.isSet(keepOption) ? parser.value(keepOption) : scratch.path();
-    QDir().mkpath(folder);
-    QStringList files;
-    QElapsedTimer making;
-    making.start();
-    for (int i = 0; i < count; ++i) {
-        const QString path = QDir(folder).filePath(QStringLiteral("photo_%1.jpg").arg(i, 4, 10, QLatin1Char('0')));
-        files << path;
-        if (!QFileInfo::exists(path) && !photograph(photoSize, i).save(path, "JPEG", 90)) {
-            std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
-            return 1;
-        }
-    }
-    std::printf("%d JPEG photographs of %dx%d in %s (ready in %.1f s)\n", count, photoSize.width(),
-                photoSize.height(), qPrintable(folder), making.elapsed() / 1000.0);
-
-    // No scaling callback: 100 per cent. Without --loader every photograph is decoded by the
-    // provider itself.
-    TassetBrowserOptions options;
-    TwholeImageLoader loader;
-    if (parser.isSet(loaderOption))
-        options.setImageLoader(&loader);
-    ThumbnailFileIconProvider provider(&options, QSize(edge, edge), false);
-    Tint32Array sizes;
-    sizes.addLast(edge);
-    provider.setSizes(sizes);
-
-    std::vector<double> times;
-    times.reserve(size_t(count));
-    QElapsedTimer timer;
-    for (const QString& path : files) {
-        const QFileInfo info(path);
-        timer.start();
-        const QIcon icon = provider.icon(info);
-        times.push_back(timer.nsecsElapsed() / 1e6);
-        if (icon.isNull()) {
-            std::fprintf(stderr, "no thumbnail for %s\n", qPrintable(path));
-            return 1;
-        }
-    }
-    const double providerMedian = median(times);
-    const double providerWorst = *std::max_element(times.begin(), times.end());
-    double providerTotal = 0;
-    for (double t : times)
-        providerTotal += t;
-    std::printf("provider icon() at %dx%d%s: median %.2f ms, worst %.2f ms, mean %.2f ms per image\n", edge, edge,
-                parser.isSet(loaderOption) ? " with a whole-image host loader" : "", providerMedian, providerWorst,
-                providerTotal / count);
-
-    const QString vips = QStandardPaths::findExecutable(QStringLiteral("vipsthumbnail"));
-    if (vips.isEmpty()) {
-        std::printf("vipsthumbnail: not installed, no comparison\n");
-        return 0;
-    }
-    // One process for all files, as the provider works in one process: the per-image figure
-    // then carries no process start-up.
-    QTemporaryDir output;
-    QStringList arguments{QStringLiteral("-s"), QString::number(edge), QStringLiteral("-o"),
-                          QDir(output.path()).filePath(QStringLiteral("%s.jpg"))};
-    arguments << files;
-    timer.start();
-    const int status = QProcess::execute(vips, arguments);
-    const double vipsTotal = timer.nsecsElapsed() / 1e6;
-    if (status != 0) {
-        std::fprintf(stderr, "vipsthumbnail failed (%d)\n", status);
+    const int count = qMax(1, parser.value(photosOption).toInt());
+    const QString folder = QStringLiteral("/tmp/orlo-bench-photos/%1").arg(count);
+    if (!makePhotos(folder, count)) {
+        std::fprintf(stderr, "cannot make the photographs in %s\n", qPrintable(folder));
         return 1;
     }
-    const double vipsMean = vipsTotal / count;
-    std::printf("vipsthumbnail -s %d, all files in one run: %.2f ms per image (mean)\n", edge, vipsMean);
-    std::printf("ratio provider / vipsthumbnail (means): %.2f\n", vipsMean > 0 ? providerTotal / count / vipsMean : 0.0);
+    if (parser.isSet(generateOption))
+        return 0;
+
+    // The reference host's set-up, with preferences of its own.
+    QTemporaryDir prefs;
+    TprefOptionVar::setPreferenceDirectory(prefs.path());
+    TprefOptionVar::setOptionVarValue(Tstring(TthumbnailService::loaderThreadsKey), QThread::idealThreadCount(),
+                                      Tstring("Content Browser"));
+    ThostDpiScaling scaling;
+    ThostImageLoader loader;
+    ThostPopupMenuCreator menus;
+    TassetBrowserOptions options;
+    options.setDpiScaling(&scaling);
+    options.setImageLoader(&loader);
+    options.setPopupMenuCreator(&menus);
+    options.setPreferenceDir(prefs.path().toStdString());
+    ORLOAssetBrowser* browser = CreateORLOAssetBrowser(options, nullptr);
+    browser->resize(1400, 900);
+    browser->show();
+    waitFor([] { return false; }, 300);
+    auto* pane = browser->findChild<ThumbnailPane*>();
+    BrowserListView* grid = pane->listWidget()->listView();
+    TfileSystemModel* model = pane->fileModel();
+    TdirectoryFilterProxy* proxy = pane->proxy();
+    TthumbnailService* service = TthumbnailService::instance();
+    std::printf("%d photographs %dx%d, window 1400x900, grid %dx%d, %d worker threads\n", count, photoSize.width(),
+                photoSize.height(), grid->iconSize().width(), grid->iconSize().height(), service->threadCount());
+
+    // Opening.
+    Heartbeat heartbeat;
+    QElapsedTimer clock;
+    PaintWatch firstPaint(grid->viewport());
+    firstPaint.condition = [&] { return proxy->rowCount(grid->rootIndex()) > 0; };
+    double allReal = -1;
+    int tick = 0;
+    heartbeat.onTick([&] {
+        if (allReal < 0 && ++tick % 10 == 0 && visibleCellsReal(grid, model, proxy))
+            allReal = clock.nsecsElapsed() / 1e6;
+    });
+    heartbeat.start();
+    double cpu = guiCpuMs();
+    clock.start();
+    firstPaint.arm(&clock);
+    pane->setListViewRootIndex(folder);
+    const bool listed = waitFor([&] { return proxy->rowCount(grid->rootIndex()) == count && allReal >= 0; }, 600000);
+    const double openedAt = clock.nsecsElapsed() / 1e6;
+    waitFor([&] { return service->isIdle(); }, 60000);
+    heartbeat.stop();
+    std::printf("open:   first paint %.0f ms, every visible cell real %.0f ms, all %d listed at %.0f ms%s\n",
+                firstPaint.at(), allReal, count, openedAt, listed ? "" : " (TIMED OUT)");
+    std::printf("        GUI stall longest %.1f ms, p99 %.1f ms over %zu ticks; GUI thread busy %.0f ms\n",
+                heartbeat.longest(), heartbeat.percentile(0.99), heartbeat.ticks(), guiCpuMs() - cpu);
+
+    // Scrolling, a page every 16 ms, to the bottom.
+    QScrollBar* bar = grid->verticalScrollBar();
+    heartbeat.onTick(nullptr);
+    heartbeat.start();
+    QTimer pager;
+    pager.setInterval(16);
+    QObject::connect(&pager, &QTimer::timeout, [&] { bar->setValue(bar->value() + bar->pageStep()); });
+    cpu = guiCpuMs();
+    clock.start();
+    pager.start();
+    waitFor([&] { return bar->value() >= bar->maximum(); }, 600000);
+    pager.stop();
+    const double scrolled = clock.nsecsElapsed() / 1e6;
+    waitFor([&] { return service->isIdle() && visibleCellsReal(grid, model, proxy); }, 60000);
+    const double settled = clock.nsecsElapsed() / 1e6;
+    heartbeat.stop();
+    std::printf("scroll: %d pages in %.0f ms, last screen real at %.0f ms\n", bar->maximum() / qMax(1, bar->pageStep()),
+                scrolled, settled);
+    std::printf("        GUI stall longest %.1f ms, p99 %.1f ms over %zu ticks; GUI thread busy %.0f ms\n",
+                heartbeat.longest(), heartbeat.percentile(0.99), heartbeat.ticks(), guiCpuMs() - cpu);
+    std::printf("        peak RSS %.0f MiB, thumbnail cache %.1f of %.0f MiB (%d pictures)\n", peakRssMiB(),
+                service->memoryUsed() / 1048576.0, service->memoryBound() / 1048576.0, service->cachedCount());
+
+    // Throughput of the service on all cores, at the grid's size.
+    const int sample = qMin(count, qMax(1, parser.value(throughputOption).toInt()));
+    QStringList files;
+    for (int i = 0; i < sample; ++i)
+        files << QDir(folder).filePath(photoName(count - 1 - i));
+    {
+        const QSize edge = grid->iconSize();
+        double total = 0;
+        // As shipped (workers below the GUI thread), and at the priority vipsthumbnail runs at.
+        for (const bool low : {true, false}) {
+            TthumbnailService alone;
+            alone.setLowPriority(low);
+            const quint64 owner = alone.registerOwner(&options);
+            int client = 0;
+            clock.start();
+            for (const QString& path : std::as_const(files))
+                alone.request(&client, TthumbnailKey{path, edge, owner}, TthumbnailService::Visible);
+            waitFor([&] { return alone.isIdle(); }, 600000);
+            total = clock.nsecsElapsed() / 1e6;
+            std::printf("throughput: browser %.2f ms per photograph (%.0f per second), %d at %dx%d on %d threads, "
+                        "%s priority\n",
+                        total / sample, sample * 1000.0 / total, sample, edge.width(), edge.height(),
+                        alone.threadCount(), low ? "low (nice 10)" : "normal");
+        }
+        const QString vips = QStandardPaths::findExecutable(QStringLiteral("vipsthumbnail"));
+        if (vips.isEmpty()) {
+            std::printf("throughput: vipsthumbnail not installed, no comparison\n");
+        } else {
+            QTemporaryDir output;
+            const int cores = QThread::idealThreadCount();
+            std::vector<std::unique_ptr<QProcess>> processes;
+            clock.start();
+            for (int core = 0; core < cores; ++core) {
+                QStringList arguments{QStringLiteral("-s"), QString::number(edge.width()), QStringLiteral("-o"),
+                                      QDir(output.path()).filePath(QStringLiteral("%s.jpg"))};
+                for (int i = core; i < files.size(); i += cores)
+                    arguments << files.at(i);
+                auto process = std::make_unique<QProcess>();
+                process->start(vips, arguments);
+                processes.push_back(std::move(process));
+            }
+            for (auto& process : processes)
+                process->waitForFinished(-1);
+            const double vipsTotal = clock.nsecsElapsed() / 1e6;
+            std::printf("throughput: vipsthumbnail %.2f ms per photograph (%.0f per second), %d processes; "
+                        "browser / vips time %.2f\n",
+                        vipsTotal / sample, sample * 1000.0 / vipsTotal, cores, total / vipsTotal);
+        }
+    }
+
+    // Hover over a scene with 24 swatch frames of 512 x 512.
+    QTemporaryDir scenes;
+    const QString scene = QDir(scenes.path()).filePath(QStringLiteral("turntable.vela"));
+    {
+        QFile file(scene);
+        file.open(QIODevice::WriteOnly);
+        file.write("scene");
+    }
+    for (int frame = 1; frame <= 24; ++frame) {
+        const QString path = TpictureDecoder::swatchPreviewPath(scene, frame);
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        photograph(QSize(512, 512), frame).save(path, "PNG");
+    }
+    pane->setListViewRootIndex(scenes.path());
+    waitFor([&] { return proxy->rowCount(grid->rootIndex()) == 1 && service->isIdle(); }, 10000);
+    waitFor([] { return false; }, 100);
+    const QModelIndex item = proxy->index(0, 0, grid->rootIndex());
+    const QPoint inside = grid->visualRect(item).center();
+    std::vector<double> hovers;
+    for (int round = 0; round < 9; ++round) {
+        PaintWatch framePaint(grid->viewport());
+        framePaint.condition = [&] { return !proxy->data(item, Qt::UserRole).isNull(); };
+        QMouseEvent leave(QEvent::MouseMove, QPointF(2, grid->viewport()->height() - 2),
+                          grid->viewport()->mapToGlobal(QPointF(2, grid->viewport()->height() - 2)), Qt::NoButton,
+                          Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(grid->viewport(), &leave);
+        waitFor([] { return false; }, 50);
+        clock.start();
+        framePaint.arm(&clock);
+        QMouseEvent enter(QEvent::MouseMove, QPointF(inside), grid->viewport()->mapToGlobal(QPointF(inside)),
+                          Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(grid->viewport(), &enter);
+        waitFor([&] { return framePaint.at() >= 0; }, 5000);
+        hovers.push_back(framePaint.at());
+    }
+    std::printf("hover: mouse-enter to first frame on screen, median %.1f ms, worst %.1f ms (9 times)\n",
+                median(hovers), *std::max_element(hovers.begin(), hovers.end()));
+
+    delete browser;
     return 0;
 }

@@ -19,12 +19,26 @@ public:
 
     // Fills picture with a picture of the file at the absolute path filePath and returns
     // true; returns false (leaving picture alone) when the host has no picture for it.
-    // Called on the GUI thread when a thumbnail is made for a file and when a file is
-    // selected for the preview panel; keep it quick, the user is waiting.
+    // Called only after canLoadImage(filePath) said true, for a thumbnail the grid shows
+    // (never for rows the user has not scrolled to) and for the file selected for the
+    // preview panel. The browser fits the picture to the size it shows, so a picture of
+    // about 512 pixels is plenty; leave plain image files to the browser, which decodes them
+    // at the size shown.
+    //
+    // Threads: by default both operations are called on the GUI thread only, spread over
+    // event-loop passes so that no pass spends more than about 8 ms in them; keep each call
+    // short. A host whose loader is thread-safe sets the option variable
+    // "contentBrowserImageLoaderThreads" (integer, category "Content Browser") to N > 0:
+    // the browser then calls both operations from its worker threads, at most N calls at
+    // once, and never from the GUI thread for thumbnails. 0 or absent means GUI thread only.
+    // The picture is then a QPixmap made on a worker thread, which needs a platform that
+    // supports threaded pixmaps (every raster platform does). The browser waits for the
+    // calls under way before it is destroyed, so the loader may be deleted after the
+    // browser.
     virtual bool loadImage(const QString& filePath, QPixmap& picture) = 0;
 
     // Returns whether loadImage would produce a picture for filePath, without making it.
-    // Must be cheap (look at the name or a sidecar file): the browser may ask it for every
-    // entry of a folder to decide which thumbnails to make.
+    // Must be cheap (look at the name or a sidecar file): it is asked before every loadImage.
+    // Same threads as loadImage.
     virtual bool canLoadImage(const QString& filePath) const = 0;
 };

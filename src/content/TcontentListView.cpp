@@ -6,7 +6,6 @@
 #include "TbrowserListViewSpecialHighlightStyle.h"
 #include "TbrowserStrings.h"
 #include "TbrowserToolbar.h"
-#include "ThumbnailFileIconProvider.h"
 #include "TprefOptionVar.h"
 #include "Tstring.h"
 #include "TuiScale.h"
@@ -32,13 +31,11 @@ constexpr int maxThumbnailSteps = 32;
 } // namespace
 
 TcontentListView::TcontentListView(const TassetBrowserOptions* options, QAbstractItemModel* model,
-                                   ThumbnailFileIconProvider* provider, QWidget* parent)
+                                   TthumbnailService* service, QWidget* parent)
     : TcontentWidget(options, QStringLiteral("contentListView"), parent)
     , m_iconSize(TuiScale::size(options, defaultThumbnailSize, defaultThumbnailSize))
 {
     readThumbnailSizes();
-    if (provider)
-        provider->setSizes(m_sizes);
 
     m_viewToggle = new QToolButton(this);
     m_viewToggle->setAutoRaise(true);
@@ -72,7 +69,7 @@ TcontentListView::TcontentListView(const TassetBrowserOptions* options, QAbstrac
     auto* style = new TbrowserListViewSpecialHighlightStyle(options);
     style->setParent(this);
     m_view->setStyle(style);
-    m_view->setThumbnailIconProvider(provider);
+    m_view->setThumbnailService(service, options);
     m_view->setModel(model);
     if (model && model->metaObject()->indexOfSignal("rootPathChanged(QString)") >= 0)
         connect(model, "2rootPathChanged(QString)", m_view, "1rootChanged (QString)");

@@ -9,7 +9,7 @@ class BrowserListView;
 class QAbstractItemModel;
 class QSlider;
 class QToolButton;
-class ThumbnailFileIconProvider;
+class TthumbnailService;
 
 // The thumbnail grid of the content pane with its strip: gear, a toggle to the detail list,
 // the thumbnail-size slider, the search field and help.
@@ -26,11 +26,10 @@ class TcontentListView : public TcontentWidget
 
 public:
     // model: the pane's filter proxy over its file model (any item model works; only the
-    // filter proxy gets the hover animation). provider: draws the thumbnails and the
-    // animation frames; it gets the slider's steps as its sizes. Neither is owned; either
-    // may be null. options as for TcontentWidget.
-    TcontentListView(const TassetBrowserOptions* options, QAbstractItemModel* model,
-                     ThumbnailFileIconProvider* provider, QWidget* parent = nullptr);
+    // filter proxy gets the hover animation). service: makes the thumbnails and the
+    // animation frames. Neither is owned; either may be null. options as for TcontentWidget.
+    TcontentListView(const TassetBrowserOptions* options, QAbstractItemModel* model, TthumbnailService* service,
+                     QWidget* parent = nullptr);
     ~TcontentListView() override;
 
     BrowserListView* listView() const { return m_view; }

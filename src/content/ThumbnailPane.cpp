@@ -15,6 +15,7 @@
 #include "Tint32Array.h"
 #include "TscriptCommand.h"
 #include "ThumbnailFileIconProvider.h"
+#include "TthumbnailService.h"
 #include "TuiScale.h"
 
 #include <QActionGroup>
@@ -71,11 +72,9 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     , m_thumbnailProvider(std::make_unique<ThumbnailFileIconProvider>(options, TuiScale::size(options, 512, 512), false))
     , m_smallProvider(std::make_unique<ThumbnailFileIconProvider>(options, TuiScale::size(options, 16, 16), true))
 {
-    // Sixteen pixels leave nothing for the host's picture to show.
-    m_smallProvider->setUseImageLoader(false);
-
     m_fileModel = new TfileSystemModel(options, this);
     m_fileModel->setIconProvider(m_thumbnailProvider.get());
+    m_fileModel->setThumbnailService(TthumbnailService::instance(), options);
     // Entries are created and renamed in place.
     m_fileModel->setReadOnly(false);
     m_proxy = new TdirectoryFilterProxy(this);
@@ -86,7 +85,7 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     buildSortMenu();
     buildViewMenu();
 
-    m_listView = new TcontentListView(options, m_proxy, m_thumbnailProvider.get(), this);
+    m_listView = new TcontentListView(options, m_proxy, TthumbnailService::instance(), this);
     m_treeView = new TcontentTreeView(options, m_proxy, this);
     m_treeView->hide();
     addToolButtons(m_listView);
@@ -626,6 +625,8 @@ void ThumbnailPane::setTreeViewVisible()
     if (!m_treeView->isHidden())
         return;
     m_fileModel->setIconProvider(m_smallProvider.get());
+    // The detail list shows kind icons only; the grid sets its size again when it paints.
+    m_fileModel->setThumbnailSize(QSize());
     m_treeView->setSearchText(m_listView->searchText());
     m_treeView->show();
     m_listView->hide();

@@ -6,8 +6,15 @@
 #include <QModelIndex>
 #include <QPersistentModelIndex>
 #include <QPointer>
+#include <QRect>
+#include <QSize>
+#include <QVector>
 
-class ThumbnailFileIconProvider;
+class QSortFilterProxyModel;
+class TassetBrowserOptions;
+class TfileSystemModel;
+class TthumbnailService;
+struct TthumbnailKey;
 
 // The thumbnail grid. Reports presses as signals of its own, so that its owner never reads
 // the selection machinery, and plays the swatch preview frames of the thumbnail under the
@@ -18,6 +25,12 @@ class ThumbnailFileIconProvider;
 // button over empty space clears a single selection. Any press, leaving the view, moving to
 // another thumbnail and a change of the shown folder end the running animation and give the
 // thumbnail its normal icon back.
+//
+// Thumbnails: the view asks the thumbnail service for the thumbnails of the rows it paints
+// (visible priority, at its icon size in device pixels) and of the rows about one screen
+// ahead in the direction of the last scroll (ahead priority). Whenever what it shows changes
+// (scrolling, resizing, icon size, folder) it drops its requests for every other row; a new
+// folder drops them all. The file model replaces each placeholder as its thumbnail arrives.
 class BrowserListView : public QListView
 {
     Q_OBJECT
@@ -26,10 +39,11 @@ public:
     explicit BrowserListView(QWidget* parent = nullptr);
     ~BrowserListView() override;
 
-    // The frame source of the hover animation; null (the default) turns the animation off.
-    // Not owned: it must outlive the view or be reset first.
-    void setThumbnailIconProvider(const ThumbnailFileIconProvider* provider);
-    const ThumbnailFileIconProvider* thumbnailIconProvider() const { return m_provider; }
+    // The source of thumbnails and hover frames; null (the default) turns both off. options
+    // gives the scaled sizes of the frames' progress line. Neither is owned; the service
+    // outlives the view.
+    void setThumbnailService(TthumbnailService* service, const TassetBrowserOptions* options);
+    TthumbnailService* thumbnailService() const { return m_service; }
 
     // The running animation, null when none.
     TiconAnimationWorker* animationWorker() const { return m_worker; }
@@ -47,6 +61,8 @@ public Q_SLOTS:
     void displayNewIcon(QModelIndex index);
 
 protected:
+    void paintEvent(QPaintEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -55,8 +71,33 @@ protected:
 private:
     void stopAnimation();
     void startAnimation(const QModelIndex& index);
+    TfileSystemModel* fileModel() const;
+    TthumbnailKey keyOf(const QModelIndex& index) const;
+    QVector<QModelIndex> indexesIn(const QRect& rect) const;
+    void requestThumbnails();
+
+    // What decides the rows wanted; a change of any of it drops the requests of other rows.
+    struct Shown
+    {
+        QPoint offset;
+        QSize viewport;
+        QSize iconSize;
+        QPersistentModelIndex root;
+        int rows = -1;
+        int direction = 1;
+        bool operator==(const Shown& other) const
+        {
+            return offset == other.offset && viewport == other.viewport && iconSize == other.iconSize
+                && root == other.root && rows == other.rows && direction == other.direction;
+        }
+    };
 
     QPersistentModelIndex m_hovered;
     QPointer<TiconAnimationWorker> m_worker;
-    const ThumbnailFileIconProvider* m_provider = nullptr;
+    TthumbnailService* m_service = nullptr;
+    const TassetBrowserOptions* m_options = nullptr;
+    // Rows painted in the current paint event, asked for once it ends.
+    QVector<QModelIndex> m_painted;
+    Shown m_shown;
+    int m_direction = 1;
 };

@@ -3,6 +3,7 @@
 #include "TfileKindIconProvider.h"
 
 #include "TbrowserStrings.h"
+#include "TthumbnailService.h"
 #include "TuiScale.h"
 
 #include <QFileInfo>
@@ -32,7 +33,42 @@ TfileSystemModel::TfileSystemModel(const TassetBrowserOptions* options, QObject*
     setIconProvider(TfileKindIconProvider::fallback());
 }
 
-TfileSystemModel::~TfileSystemModel() = default;
+TfileSystemModel::~TfileSystemModel()
+{
+    if (m_thumbnails)
+        m_thumbnails->releaseOwner(m_thumbnailOwner);
+}
+
+void TfileSystemModel::setThumbnailService(TthumbnailService* service, const TassetBrowserOptions* options)
+{
+    if (m_thumbnails) {
+        disconnect(m_thumbnails, nullptr, this, nullptr);
+        m_thumbnails->releaseOwner(m_thumbnailOwner);
+    }
+    m_thumbnails = service;
+    m_thumbnailOwner = 0;
+    if (!service)
+        return;
+    m_thumbnailOwner = service->registerOwner(options);
+    connect(service, &TthumbnailService::thumbnailReady, this, &TfileSystemModel::onThumbnailReady);
+}
+
+TthumbnailKey TfileSystemModel::thumbnailKey(const QModelIndex& index) const
+{
+    if (!m_thumbnails || m_thumbnailSize.isEmpty() || !index.isValid() || index.column() != 0 || isDir(index))
+        return TthumbnailKey();
+    return TthumbnailKey{filePath(index), m_thumbnailSize, m_thumbnailOwner};
+}
+
+void TfileSystemModel::onThumbnailReady(const TthumbnailKey& key)
+{
+    if (key.owner != m_thumbnailOwner || key.size != m_thumbnailSize)
+        return;
+    // Looks the path up among the nodes already listed; never reads the disk.
+    const QModelIndex row = index(key.path);
+    if (row.isValid() && filePath(row) == key.path)
+        Q_EMIT dataChanged(row, row, {Qt::DecorationRole});
+}
 
 bool TfileSystemModel::hasChildren(const QModelIndex& parent) const
 {
@@ -92,6 +128,16 @@ QVariant TfileSystemModel::data(const QModelIndex& index, int role) const
         const QString kind = kindName(fileName(index.siblingAtColumn(0)));
         if (!kind.isEmpty())
             return kind;
+    }
+    if (role == Qt::DecorationRole && m_thumbnails && !m_thumbnailSize.isEmpty()) {
+        const TthumbnailKey key = thumbnailKey(index);
+        if (key.isValid() && m_thumbnails->isCached(key)) {
+            const QVariant placeholder = QFileSystemModel::data(index, role);
+            const QIcon picture = m_thumbnails->thumbnail(key, placeholder.value<QIcon>());
+            if (!picture.isNull())
+                return picture;
+            return placeholder;
+        }
     }
     return QFileSystemModel::data(index, role);
 }

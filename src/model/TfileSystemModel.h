@@ -2,8 +2,11 @@
 
 #include <QFileSystemModel>
 #include <QModelIndex>
+#include <QPointer>
 #include <QSize>
 #include <QVariant>
+
+#include "TthumbnailService.h"
 
 class TassetBrowserOptions;
 
@@ -15,6 +18,12 @@ class TassetBrowserOptions;
 // data(index, Qt::UserRole) gives it back for exactly that index (null for every other one).
 // The index is kept by value, so it matches only while rows stay put; every change of the
 // root path empties the slot. Writing a null value on the same index ends the override.
+//
+// Thumbnails: once setThumbnailService() is called and a thumbnail size is set, the
+// decoration of a file is its thumbnail from the service's cache when it is there, and the
+// icon provider's placeholder (the kind icon) until then. The model never asks for a
+// thumbnail itself (the view asks for the rows it paints); when the service has made one
+// for a row of this model, the model emits dataChanged for that row alone.
 class TfileSystemModel : public QFileSystemModel
 {
     Q_OBJECT
@@ -50,10 +59,27 @@ public:
     // orientations. Qt::SizeHintRole: a height of 21 pixels, scaled, and no width.
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
+    // Turns thumbnails on: service (not owned, outlives the model) makes them with the host
+    // callbacks of options (not owned, may be null).
+    void setThumbnailService(TthumbnailService* service, const TassetBrowserOptions* options);
+    TthumbnailService* thumbnailService() const { return m_thumbnails.data(); }
+    // The size thumbnails are shown at, in device pixels; an empty size shows kind icons only
+    // (the detail list). Emits nothing: the views repaint after a size change anyway.
+    void setThumbnailSize(const QSize& pixelSize) { m_thumbnailSize = pixelSize; }
+    QSize thumbnailSize() const { return m_thumbnailSize; }
+    // The key of the file's thumbnail at the current size; an invalid key for a folder, for
+    // a column other than the name, or while thumbnails are off.
+    TthumbnailKey thumbnailKey(const QModelIndex& index) const;
+
 private Q_SLOTS:
     void clearOverride();
 
 private:
+    void onThumbnailReady(const TthumbnailKey& key);
+
+    QPointer<TthumbnailService> m_thumbnails;
+    quint64 m_thumbnailOwner = 0;
+    QSize m_thumbnailSize;
     QModelIndex m_overrideIndex;
     QVariant m_overrideValue;
     QSize m_headerSize;

@@ -43,11 +43,12 @@ void FilePreview::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
     rescale();
+    Q_EMIT pictureSizeChanged(event->size() * devicePixelRatioF());
 }
 
 void FilePreview::rescale()
 {
     if (m_picture.isNull())
         return;
-    m_label->setPixmap(m_picture.scaled(width(), height(), Qt::KeepAspectRatio, Qt::FastTransformation));
+    m_label->setPixmap(m_picture.scaled(width(), height(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
 }

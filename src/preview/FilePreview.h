@@ -7,7 +7,7 @@ class QLabel;
 class QResizeEvent;
 class TassetBrowserOptions;
 
-// Shows one picture, scaled to fit the widget with its aspect ratio kept, or the
+// Shows one picture, scaled smoothly to fit the widget with its aspect ratio kept, or the
 // no-preview text when there is none.
 class FilePreview : public QWidget
 {
@@ -19,6 +19,10 @@ public:
 
     // The picture as it was given, before any scaling; null while the text is shown.
     QPixmap fullPicture() const { return m_picture; }
+
+Q_SIGNALS:
+    // The widget's size changed: pictures for it are best decoded at pixels (device pixels).
+    void pictureSizeChanged(QSize pixels);
 
 public Q_SLOTS:
     // Shows image scaled to the current size, or the no-preview text when image is null.

@@ -64,11 +64,13 @@ PreviewPane::PreviewPane(const TassetBrowserOptions* options, QWidget* parent)
     layout->addWidget(splitter);
 
     auto* loader = new PreviewLoader(m_options ? m_options->imageLoader() : nullptr, this);
+    m_loader = loader;
     connect(this, &PreviewPane::newPreviewRequested, loader, &PreviewLoader::loadPreview, Qt::DirectConnection);
     connect(this, &PreviewPane::newPreviewRequested, m_metaDataViewer, &MetaDataViewer::loadMetaData,
             Qt::DirectConnection);
     connect(loader, &PreviewLoader::newImagePreviewToDisplay, m_filePreview, &FilePreview::loadNewPreviewImage,
             Qt::DirectConnection);
+    connect(m_filePreview, &FilePreview::pictureSizeChanged, loader, &PreviewLoader::setTargetSize);
 }
 
 void PreviewPane::clearPreview()

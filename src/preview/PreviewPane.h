@@ -40,6 +40,7 @@ public:
 
     MetaDataViewer* metaDataViewer() const { return m_metaDataViewer; }
     FilePreview* filePreview() const { return m_filePreview; }
+    PreviewLoader* previewLoader() const { return m_loader; }
     QTabWidget* metadataTabWidget() const { return m_metadataTabs; }
     QTabWidget* previewTabWidget() const { return m_previewTabs; }
 
@@ -60,6 +61,7 @@ private:
 
     MetaDataViewer* m_metaDataViewer;
     FilePreview* m_filePreview;
+    PreviewLoader* m_loader = nullptr;
     QTabWidget* m_metadataTabs;
     QTabWidget* m_previewTabs;
     const TassetBrowserOptions* m_options;

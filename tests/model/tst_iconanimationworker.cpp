@@ -2,6 +2,9 @@
 #include "TfileSystemModel.h"
 #include "ThumbnailFileIconProvider.h"
 #include "TiconAnimationWorker.h"
+#include "TpictureDecoder.h"
+#include "TthumbnailService.h"
+#include "TpoolBlocker.h"
 #include "TrecordingHost.h"
 
 #include <QDir>
@@ -13,6 +16,8 @@
 #include <QTest>
 
 #include <memory>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -32,9 +37,6 @@ struct Listing
         host.scale = scale;
         options = host.options();
         provider = std::make_unique<ThumbnailFileIconProvider>(&options, QSize(64, 64), false);
-        Tint32Array sizes;
-        sizes.addLast(64);
-        provider->setSizes(sizes);
         model = std::make_unique<TfileSystemModel>(&options);
         model->setIconProvider(provider.get());
         proxy = std::make_unique<TdirectoryFilterProxy>();
@@ -49,7 +51,7 @@ struct Listing
         if (!file.open(QIODevice::WriteOnly) || file.write("data") != 4)
             return {};
         for (int frame : frames) {
-            const QString preview = ThumbnailFileIconProvider::swatchPreviewPath(QFileInfo(path), frame);
+            const QString preview = TpictureDecoder::swatchPreviewPath(path, frame);
             QImage picture(frameSize, QImage::Format_ARGB32);
             picture.fill(Qt::white);
             if (!QDir().mkpath(QFileInfo(preview).absolutePath()) || !picture.save(preview, "PNG"))
@@ -76,6 +78,7 @@ struct Listing
     std::unique_ptr<ThumbnailFileIconProvider> provider;
     std::unique_ptr<TfileSystemModel> model;
     std::unique_ptr<TdirectoryFilterProxy> proxy;
+    TthumbnailService service;
     qint64 normal = 0;
 };
 
@@ -93,6 +96,9 @@ private Q_SLOTS:
     void framesAdvanceInTurnAndLoop();
     void restoreGivesTheNormalIconBackAndCutsConnections();
     void itemThatLeavesTheModelShowsNothing();
+    void firstFrameShowsAtOnceAndTheRestJoinTheLoop();
+    void leavingCancelsTheFramesNotYetDecoded();
+    void frameThatIsNoRegularFileEndsTheSequence();
 };
 
 void TestIconAnimationWorker::frameSequenceStopsAtTheFirstGap_data()
@@ -114,8 +120,9 @@ void TestIconAnimationWorker::frameSequenceStopsAtTheFirstGap()
     Listing listing;
     const QPersistentModelIndex item = listing.walk(onDisk);
     QVERIFY(item.isValid());
-    TiconAnimationWorker worker(listing.proxy.get(), withFrameSource ? listing.provider.get() : nullptr, item,
-                                QSize(90, 90));
+    TiconAnimationWorker worker(listing.proxy.get(), withFrameSource ? &listing.service : nullptr,
+                                &listing.options, item, QSize(90, 90));
+    QTRY_VERIFY(!worker.isLoading());
     QVERIFY2(worker.frames().size() == expectedFrames,
              qPrintable(QStringLiteral("%1: %2 frames").arg(row).arg(worker.frames().size())));
 
@@ -148,7 +155,8 @@ void TestIconAnimationWorker::progressLineGrowsWithEachFrame()
     QVERIFY(item.isValid());
 
     // Frames are fitted into the frame size: 180 by 60 becomes 120 by 40.
-    TiconAnimationWorker worker(listing.proxy.get(), listing.provider.get(), item, QSize(120, 120));
+    TiconAnimationWorker worker(listing.proxy.get(), &listing.service, &listing.options, item, QSize(120, 120));
+    QTRY_VERIFY(!worker.isLoading());
     QCOMPARE(worker.frames().size(), frameCount);
     for (int i = 1; i <= frameCount; ++i) {
         const QIcon& frame = worker.frames().at(i - 1);
@@ -171,7 +179,8 @@ void TestIconAnimationWorker::framesAdvanceInTurnAndLoop()
     Listing listing;
     const QPersistentModelIndex item = listing.walk({1, 2, 3});
     QVERIFY(item.isValid());
-    TiconAnimationWorker worker(listing.proxy.get(), listing.provider.get(), item, QSize(90, 90));
+    TiconAnimationWorker worker(listing.proxy.get(), &listing.service, &listing.options, item, QSize(90, 90));
+    QTRY_VERIFY(!worker.isLoading());
     QVERIFY(!worker.isPlaying());
     QSignalSpy shown(&worker, &TiconAnimationWorker::newIconToDisplay);
     const QList<int> expected{0, 1, 2, 0};
@@ -192,7 +201,8 @@ void TestIconAnimationWorker::restoreGivesTheNormalIconBackAndCutsConnections()
     Listing listing;
     const QPersistentModelIndex item = listing.walk({1, 2});
     QVERIFY(item.isValid());
-    TiconAnimationWorker worker(listing.proxy.get(), listing.provider.get(), item, QSize(90, 90));
+    TiconAnimationWorker worker(listing.proxy.get(), &listing.service, &listing.options, item, QSize(90, 90));
+    QTRY_VERIFY(!worker.isLoading());
     QObject listener;
     int repaints = 0;
     connect(&worker, &TiconAnimationWorker::newIconToDisplay, &listener, [&repaints] { ++repaints; });
@@ -218,13 +228,70 @@ void TestIconAnimationWorker::itemThatLeavesTheModelShowsNothing()
     Listing listing;
     const QPersistentModelIndex item = listing.walk({1});
     QVERIFY(item.isValid());
-    TiconAnimationWorker worker(listing.proxy.get(), listing.provider.get(), item, QSize(90, 90));
+    TiconAnimationWorker worker(listing.proxy.get(), &listing.service, &listing.options, item, QSize(90, 90));
+    QTRY_VERIFY(!worker.isLoading());
     worker.showIcon();
     QVERIFY(QFile::remove(listing.path));
     QTRY_VERIFY(!worker.item().isValid());
     QSignalSpy shown(&worker, &TiconAnimationWorker::newIconToDisplay);
     worker.showIcon();
     QCOMPARE(shown.count(), 0);
+}
+
+void TestIconAnimationWorker::firstFrameShowsAtOnceAndTheRestJoinTheLoop()
+{
+    Listing listing;
+    QList<int> frames;
+    for (int frame = 1; frame <= 24; ++frame)
+        frames << frame;
+    const QPersistentModelIndex item = listing.walk(frames, QSize(256, 256));
+    QVERIFY(item.isValid());
+    TiconAnimationWorker worker(listing.proxy.get(), &listing.service, &listing.options, item, QSize(128, 128));
+    QSignalSpy shown(&worker, &TiconAnimationWorker::newIconToDisplay);
+    // Asked to play before any frame is in: the first one to arrive plays.
+    worker.showIcon();
+    QTRY_VERIFY(shown.count() >= 1);
+    QVERIFY(worker.isPlaying());
+    QCOMPARE(decorationKey(item), worker.frames().at(0).cacheKey());
+    QTRY_COMPARE(worker.frames().size(), 24);
+    QTRY_VERIFY(!worker.isLoading());
+    // The loop runs through every frame and starts again.
+    QTRY_COMPARE_WITH_TIMEOUT(worker.frameCounter(), 0, 10000);
+    QTRY_COMPARE_WITH_TIMEOUT(worker.frameCounter(), 23, 10000);
+}
+
+void TestIconAnimationWorker::leavingCancelsTheFramesNotYetDecoded()
+{
+    Listing listing;
+    QList<int> frames;
+    for (int frame = 1; frame <= 40; ++frame)
+        frames << frame;
+    const QPersistentModelIndex item = listing.walk(frames, QSize(512, 512));
+    QVERIFY(item.isValid());
+    // Every worker thread is kept busy, so that nothing of the frames starts before the leave.
+    TpoolBlocker blocker(listing.service);
+    TiconAnimationWorker worker(listing.proxy.get(), &listing.service, &listing.options, item, QSize(128, 128));
+    worker.showIcon();
+    worker.restoreIcon();
+    blocker.release();
+    QTRY_VERIFY(listing.service.activeWorkers() == 0);
+    QCoreApplication::processEvents();
+    QCOMPARE(worker.frames().size(), 0);
+    QVERIFY(!listing.overridden(item));
+    QCOMPARE(decorationKey(item), listing.normal);
+}
+
+void TestIconAnimationWorker::frameThatIsNoRegularFileEndsTheSequence()
+{
+    Listing listing;
+    const QPersistentModelIndex item = listing.walk({1, 2, 4});
+    QVERIFY(item.isValid());
+    // A FIFO in the place of frame 3 would block a reader for ever; it is never opened.
+    const QByteArray fifo = QFile::encodeName(TpictureDecoder::swatchPreviewPath(listing.path, 3));
+    QVERIFY(mkfifo(fifo.constData(), 0600) == 0);
+    TiconAnimationWorker worker(listing.proxy.get(), &listing.service, &listing.options, item, QSize(90, 90));
+    QTRY_VERIFY(!worker.isLoading());
+    QCOMPARE(worker.frames().size(), 2);
 }
 
 QTEST_MAIN(TestIconAnimationWorker)

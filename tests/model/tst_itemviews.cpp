@@ -3,6 +3,8 @@
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
 #include "ThumbnailFileIconProvider.h"
+#include "TpictureDecoder.h"
+#include "TthumbnailService.h"
 #include "TiconAnimationWorker.h"
 #include "TrecordingHost.h"
 
@@ -52,7 +54,7 @@ bool writeScene(const QString& folder, const QString& name, int frames)
     if (!file.open(QIODevice::WriteOnly) || file.write("data") != 4)
         return false;
     for (int frame = 1; frame <= frames; ++frame) {
-        const QString path = ThumbnailFileIconProvider::swatchPreviewPath(QFileInfo(file), frame);
+        const QString path = TpictureDecoder::swatchPreviewPath(QFileInfo(file).absoluteFilePath(), frame);
         QImage picture(64, 64, QImage::Format_ARGB32);
         picture.fill(Qt::white);
         if (!QDir().mkpath(QFileInfo(path).absolutePath()) || !picture.save(path, "PNG"))
@@ -89,9 +91,6 @@ struct Grid
         writeScene(dir.path(), QStringLiteral("b.mb"), 3);
         writeScene(dir.path(), QStringLiteral("c.mb"), 0);
         provider = std::make_unique<ThumbnailFileIconProvider>(&options, QSize(64, 64), false);
-        Tint32Array sizes;
-        sizes.addLast(64);
-        provider->setSizes(sizes);
         model = std::make_unique<TfileSystemModel>(&options);
         model->setIconProvider(provider.get());
         proxy = std::make_unique<TdirectoryFilterProxy>();
@@ -102,7 +101,7 @@ struct Grid
         view->setIconSize(QSize(64, 64));
         view->setGridSize(QSize(90, 100));
         view->setModel(proxy.get());
-        view->setThumbnailIconProvider(provider.get());
+        view->setThumbnailService(&service, &options);
         view->resize(400, 300);
         view->setRootIndex(proxy->mapFromSource(model->setRootPath(dir.path())));
         view->show();
@@ -133,6 +132,7 @@ struct Grid
     QTemporaryDir dir;
     TrecordingHost host;
     TassetBrowserOptions options;
+    TthumbnailService service;
     std::unique_ptr<ThumbnailFileIconProvider> provider;
     std::unique_ptr<TfileSystemModel> model;
     std::unique_ptr<TdirectoryFilterProxy> proxy;
@@ -262,12 +262,15 @@ void TestItemViews::hoverPlaysAndMovingOnRestores()
     TiconAnimationWorker* second = grid.view->animationWorker();
     QVERIFY(second && second != first);
     QVERIFY(grid.isNormal(QStringLiteral("a.mb")));
+    QTRY_VERIFY(second->isPlaying());
     QCOMPARE(grid.decorationKey(QStringLiteral("b.mb")), second->frames().at(0).cacheKey());
     QTRY_VERIFY2(!firstWatch, "the finished worker lingers with its frames");
 
     // A thumbnail without frames gets a worker that never plays.
     hover(grid.view->viewport(), grid.centreOf(QStringLiteral("c.mb")));
-    QVERIFY(grid.view->animationWorker() && !grid.view->animationWorker()->isPlaying());
+    QVERIFY(grid.view->animationWorker());
+    QTRY_VERIFY(!grid.view->animationWorker()->isLoading());
+    QVERIFY(!grid.view->animationWorker()->isPlaying());
     QVERIFY(grid.isNormal(QStringLiteral("b.mb")));
     hover(grid.view->viewport(), QPoint(395, 295));
     QVERIFY(!grid.view->animationWorker() && !grid.view->hoveredIndex().isValid());
@@ -290,7 +293,8 @@ void TestItemViews::hoverEndsOnLeaveAndPress()
     QVERIFY(grid.ready());
     const QPoint b = grid.centreOf(QStringLiteral("b.mb"));
     hover(grid.view->viewport(), b);
-    QVERIFY(grid.view->animationWorker() && grid.view->animationWorker()->isPlaying());
+    QVERIFY(grid.view->animationWorker());
+    QTRY_VERIFY(grid.view->animationWorker()->isPlaying());
 
     QSignalSpy selected(grid.view.get(), &BrowserListView::newSelection);
     if (how == QLatin1String("leave")) {
@@ -305,14 +309,15 @@ void TestItemViews::hoverEndsOnLeaveAndPress()
     QVERIFY2(selected.count() == selections, qPrintable(how));
 
     hover(grid.view->viewport(), b + QPoint(1, 1));
-    QVERIFY2(grid.view->animationWorker() && grid.view->animationWorker()->isPlaying(), qPrintable(how));
+    QVERIFY2(grid.view->animationWorker(), qPrintable(how));
+    QTRY_VERIFY2(grid.view->animationWorker()->isPlaying(), qPrintable(how));
 }
 
 void TestItemViews::noAnimationWithoutProviderOrProxy()
 {
     Grid grid;
     QVERIFY(grid.ready());
-    grid.view->setThumbnailIconProvider(nullptr);
+    grid.view->setThumbnailService(nullptr, &grid.options);
     hover(grid.view->viewport(), grid.centreOf(QStringLiteral("a.mb")));
     QVERIFY(!grid.view->animationWorker());
     // Over a model that is not the browser's proxy there is nothing to write frames into.
@@ -320,7 +325,7 @@ void TestItemViews::noAnimationWithoutProviderOrProxy()
     plain.appendRow(new QStandardItem(QStringLiteral("a.mb")));
     grid.view->setRootIndex(QModelIndex());
     grid.view->setModel(&plain);
-    grid.view->setThumbnailIconProvider(grid.provider.get());
+    grid.view->setThumbnailService(&grid.service, &grid.options);
     hover(grid.view->viewport(), grid.view->visualRect(plain.index(0, 0)).center());
     QVERIFY(!grid.view->animationWorker());
     QCOMPARE(grid.view->hoveredIndex(), plain.index(0, 0));

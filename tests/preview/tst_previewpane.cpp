@@ -2,6 +2,8 @@
 #include "MetaDataViewer.h"
 #include "PreviewLoader.h"
 #include "PreviewPane.h"
+#include "TpoolBlocker.h"
+#include "TthumbnailService.h"
 #include "TbrowserStrings.h"
 #include "Tint32Array.h"
 #include "TrecordingHost.h"
@@ -70,6 +72,8 @@ private Q_SLOTS:
     void resizingRescalesFromTheFullPicture_data();
     void resizingRescalesFromTheFullPicture();
     void requestFillsBothTabs();
+    void latestSelectionWins();
+    void pictureIsDecodedAtThePanelSize();
     void panelHiding_data();
     void panelHiding();
 
@@ -130,8 +134,11 @@ void TestPreviewPane::loaderEmissions()
     PreviewLoader loader(withHost ? m_host.get() : nullptr);
     QSignalSpy spy(&loader, &PreviewLoader::newImagePreviewToDisplay);
     loader.loadPreview(path);
+    QTRY_VERIFY2(!loader.isLoading(), row);
     QVERIFY2(spy.count() == emissions, qPrintable(QStringLiteral("%1: %2 emissions").arg(row).arg(spy.count())));
-    QVERIFY2(m_host->calls.contains(QStringLiteral("loadImage ") + path) == (withHost && emissions > 0), row);
+    // The host is asked for the picture only after it said it has one.
+    QVERIFY2(m_host->calls.contains(QStringLiteral("loadImage ") + path) == (withHost && hostAnswers && emissions > 0),
+             row);
     if (emissions == 0)
         return;
     const QPixmap picture = spy.at(0).at(0).value<QPixmap>();
@@ -173,7 +180,9 @@ void TestPreviewPane::resizingRescalesFromTheFullPicture()
     const QImage shown = pictureLabel(*preview)->pixmap().toImage().convertToFormat(QImage::Format_RGB32);
     QVERIFY2(shown.size() == shownSize,
              qPrintable(QStringLiteral("%1: %2x%3").arg(row).arg(shown.width()).arg(shown.height())));
-    QVERIFY2(shown == full.scaled(shownSize, Qt::KeepAspectRatio).convertToFormat(QImage::Format_RGB32),
+    QVERIFY2(shown
+                 == full.scaled(shownSize, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+                        .convertToFormat(QImage::Format_RGB32),
              qPrintable(QStringLiteral("%1: not scaled from the full picture").arg(row)));
 
     // A null picture drops the stored one: resizing must not bring it back.
@@ -198,17 +207,58 @@ void TestPreviewPane::requestFillsBothTabs()
     FilePreview* preview = pane->filePreview();
 
     Q_EMIT pane->newPreviewRequested(picture);
-    QCOMPARE(preview->fullPicture().size(), QSize(40, 30));
+    QTRY_COMPARE(preview->fullPicture().size(), QSize(40, 30));
     QCOMPARE(viewer->valueText(MetaDataViewer::NameRow), QStringLiteral("wood.png"));
     // A folder clears the metadata but leaves the last picture on screen.
     Q_EMIT pane->newPreviewRequested(m_dir->path());
+    QTRY_VERIFY(!pane->previewLoader()->isLoading());
     QCOMPARE(preview->fullPicture().size(), QSize(40, 30));
     QVERIFY(viewer->valueText(MetaDataViewer::NameRow).isEmpty());
 
     Q_EMIT pane->newPreviewRequested(notes);
-    QVERIFY(preview->fullPicture().isNull());
+    QTRY_VERIFY(preview->fullPicture().isNull());
     QCOMPARE(pictureLabel(*preview)->text(), rContentBrowserFilePreviewNoPreviewAvail.asQString());
     QCOMPARE(viewer->valueText(MetaDataViewer::NameRow), QStringLiteral("notes.xyz"));
+}
+
+void TestPreviewPane::latestSelectionWins()
+{
+    const QString first = m_dir->filePath(QStringLiteral("first.png"));
+    const QString second = m_dir->filePath(QStringLiteral("second.png"));
+    QVERIFY(patterned(QSize(400, 300)).save(first, "PNG"));
+    QVERIFY(patterned(QSize(20, 10)).save(second, "PNG"));
+    TthumbnailService service;
+    PreviewLoader loader(nullptr, nullptr, &service);
+    QSignalSpy spy(&loader, &PreviewLoader::newImagePreviewToDisplay);
+    {
+        TpoolBlocker blocker(service);
+        loader.loadPreview(first);
+        loader.loadPreview(second);
+    }
+    QTRY_VERIFY(!loader.isLoading());
+    QTRY_COMPARE(service.activeWorkers(), 0);
+    QCoreApplication::processEvents();
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.at(0).at(0).value<QPixmap>().size(), QSize(20, 10));
+}
+
+void TestPreviewPane::pictureIsDecodedAtThePanelSize()
+{
+    const QString path = m_dir->filePath(QStringLiteral("wide.png"));
+    QVERIFY(patterned(QSize(2000, 1000)).save(path, "PNG"));
+    PreviewLoader loader(nullptr);
+    loader.setTargetSize(QSize(200, 200));
+    QSignalSpy spy(&loader, &PreviewLoader::newImagePreviewToDisplay);
+    loader.loadPreview(path);
+    QTRY_COMPARE(spy.count(), 1);
+    QCOMPARE(spy.at(0).at(0).value<QPixmap>().size(), QSize(200, 100));
+    // A larger panel asks for the picture again, at its own size.
+    loader.setTargetSize(QSize(800, 800));
+    QTRY_COMPARE(spy.count(), 2);
+    QCOMPARE(spy.at(1).at(0).value<QPixmap>().size(), QSize(800, 400));
+    // A smaller one rescales what is there.
+    loader.setTargetSize(QSize(300, 300));
+    QVERIFY(!loader.isLoading());
 }
 
 void TestPreviewPane::panelHiding_data()

@@ -1,0 +1,261 @@
+#include "BrowserListView.h"
+#include "TcontentListView.h"
+#include "TcontentTreeView.h"
+#include "TdirectoryFilterProxy.h"
+#include "TfileSystemModel.h"
+#include "ThumbnailFileIconProvider.h"
+#include "ThumbnailPane.h"
+#include "TpoolBlocker.h"
+#include "TrecordingHost.h"
+#include "TthumbnailService.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <QMutex>
+#include <QScrollBar>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include <memory>
+
+namespace {
+
+// Records on which thread the browser called the host's loader, and for which files.
+class TthreadRecordingHost : public TrecordingHost
+{
+public:
+    bool loadImage(const QString& filePath, QPixmap& picture) override
+    {
+        {
+            QMutexLocker lock(&mutex);
+            threads.insert(QThread::currentThread());
+            loaded << filePath;
+        }
+        const auto it = images.constFind(filePath);
+        if (it == images.constEnd())
+            return false;
+        picture = *it;
+        return true;
+    }
+    bool canLoadImage(const QString& filePath) const override { return images.contains(filePath); }
+
+    QMutex mutex;
+    QSet<QThread*> threads;
+    QStringList loaded;
+};
+
+QImage solid(const QSize& size, const QColor& colour)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(colour);
+    return image;
+}
+
+} // namespace
+
+// The thumbnail grid of the real content pane, with the process's thumbnail service.
+class TestThumbnailGrid : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void placeholderFirstThenThePictureOfThatRowOnly();
+    void rowsNeverPaintedAreNeverDecoded();
+    void leavingAFolderCancelsItsPendingWork();
+    void detailListShowsKindIconsOnly();
+
+private:
+    void openPane(int width, int height);
+    bool show(const QString& folder, int rows);
+    BrowserListView* grid() const { return m_pane->listWidget()->listView(); }
+    QModelIndex item(const QString& path) const
+    {
+        return m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(path));
+    }
+    qint64 placeholderKey(const QString& path) const
+    {
+        return m_pane->thumbnailIconProvider()->icon(QFileInfo(path)).cacheKey();
+    }
+    qint64 decorationKey(const QString& path) const
+    {
+        return item(path).data(Qt::DecorationRole).value<QIcon>().cacheKey();
+    }
+
+    std::unique_ptr<TfreshHostState> m_state;
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<TthreadRecordingHost> m_host;
+    TassetBrowserOptions m_options;
+    std::unique_ptr<ThumbnailPane> m_pane;
+};
+
+void TestThumbnailGrid::init()
+{
+    m_state = std::make_unique<TfreshHostState>();
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_host = std::make_unique<TthreadRecordingHost>();
+    m_options = m_host->options();
+}
+
+void TestThumbnailGrid::cleanup()
+{
+    m_pane.reset();
+    m_host.reset();
+    m_dir.reset();
+    m_state.reset();
+}
+
+void TestThumbnailGrid::openPane(int width, int height)
+{
+    m_pane = std::make_unique<ThumbnailPane>(&m_options);
+    m_pane->resize(width, height);
+    m_pane->show();
+}
+
+bool TestThumbnailGrid::show(const QString& folder, int rows)
+{
+    if (!QTest::qWaitForWindowExposed(m_pane.get()))
+        return false;
+    m_pane->setListViewRootIndex(folder);
+    return QTest::qWaitFor([&] { return m_pane->proxy()->rowCount(grid()->rootIndex()) == rows; });
+}
+
+void TestThumbnailGrid::placeholderFirstThenThePictureOfThatRowOnly()
+{
+    const QList<QColor> colours{Qt::red, Qt::green, Qt::blue};
+    QStringList paths;
+    for (int i = 0; i < colours.size(); ++i) {
+        paths << m_dir->filePath(QStringLiteral("p%1.png").arg(i));
+        QVERIFY(solid(QSize(300, 300), colours.at(i)).save(paths.last(), "PNG"));
+    }
+    TthumbnailService* service = TthumbnailService::instance();
+    openPane(700, 500);
+    QList<QRect> cells;
+    {
+        TpoolBlocker blocker(*service);
+        QVERIFY(show(m_dir->path(), 3));
+        // Painted, asked for, and not made yet: each cell shows its kind icon meanwhile.
+        QTRY_COMPARE(service->pendingCount(), 3);
+        for (const QString& path : paths) {
+            QVERIFY2(decorationKey(path) == placeholderKey(path), qPrintable(path));
+            cells << grid()->visualRect(item(path));
+        }
+        QSignalSpy changed(m_pane->proxy(), &QAbstractItemModel::dataChanged);
+        blocker.release();
+        QTRY_COMPARE(service->pendingCount(), 0);
+        QTRY_COMPARE(changed.count(), 3);
+        for (const QList<QVariant>& change : std::as_const(changed)) {
+            const QModelIndex first = change.at(0).toModelIndex();
+            QVERIFY(first == change.at(1).toModelIndex());
+            QVERIFY(change.at(2).value<QList<int>>().contains(Qt::DecorationRole));
+        }
+    }
+    for (int i = 0; i < paths.size(); ++i) {
+        const QIcon icon = item(paths.at(i)).data(Qt::DecorationRole).value<QIcon>();
+        const QImage picture = icon.pixmap(grid()->iconSize(), 1.0).toImage();
+        QVERIFY2(picture.size() == grid()->iconSize(), qPrintable(paths.at(i)));
+        QVERIFY2(picture.pixelColor(picture.width() / 2, picture.height() / 2).rgb() == colours.at(i).rgb(),
+                 qPrintable(paths.at(i)));
+        // Replaced in place: no cell moved.
+        QVERIFY2(grid()->visualRect(item(paths.at(i))) == cells.at(i), qPrintable(paths.at(i)));
+    }
+    // What the user sees: the middle of the first cell's picture is red.
+    const QImage screen = grid()->viewport()->grab().toImage();
+    const QRect firstPicture = grid()->visualRect(item(paths.first()));
+    QCOMPARE(screen.pixelColor(firstPicture.center().x(), firstPicture.top() + firstPicture.height() / 3).rgb(),
+             QColor(Qt::red).rgb());
+}
+
+void TestThumbnailGrid::rowsNeverPaintedAreNeverDecoded()
+{
+    // Scenes the host has pictures for, and photographs for the browser to read itself.
+    const int scenes = 300;
+    for (int i = 0; i < scenes; ++i) {
+        const QString path = m_dir->filePath(QStringLiteral("s%1.mb").arg(i, 3, 10, QLatin1Char('0')));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("scene") == 5);
+        m_host->images.insert(path, QPixmap::fromImage(solid(QSize(64, 64), Qt::yellow)));
+    }
+    TthumbnailService* service = TthumbnailService::instance();
+    openPane(600, 400);
+    QVERIFY(show(m_dir->path(), scenes));
+    QTRY_VERIFY(!m_host->loaded.isEmpty());
+    QTRY_VERIFY(service->isIdle());
+
+    auto paintedNow = [this] {
+        QSet<QString> painted;
+        const QRect viewport = grid()->viewport()->rect();
+        for (int row = 0; row < m_pane->proxy()->rowCount(grid()->rootIndex()); ++row) {
+            const QModelIndex index = m_pane->proxy()->index(row, 0, grid()->rootIndex());
+            if (grid()->visualRect(index).intersects(viewport))
+                painted.insert(m_pane->fileModel()->filePath(m_pane->proxy()->mapToSource(index)));
+        }
+        return painted;
+    };
+    QSet<QString> painted = paintedNow();
+    QVERIFY(painted.size() > 0 && painted.size() < scenes / 4);
+    // Straight to the last screen: the rows in between are never painted.
+    grid()->verticalScrollBar()->setValue(grid()->verticalScrollBar()->maximum());
+    QTRY_VERIFY(m_host->loaded.contains(m_dir->filePath(QStringLiteral("s%1.mb").arg(scenes - 1))));
+    QTRY_VERIFY(service->isIdle());
+    painted.unite(paintedNow());
+
+    const QSet<QString> asked(m_host->loaded.cbegin(), m_host->loaded.cend());
+    for (const QString& path : asked)
+        QVERIFY2(painted.contains(path), qPrintable(path + QStringLiteral(" was never painted")));
+    // Without "contentBrowserImageLoaderThreads" the host's loader runs on the GUI thread only.
+    QCOMPARE(m_host->threads, QSet<QThread*>{QThread::currentThread()});
+    // Every painted row has its picture now.
+    for (const QString& path : std::as_const(painted)) {
+        if (grid()->visualRect(item(path)).intersects(grid()->viewport()->rect()))
+            QVERIFY2(decorationKey(path) != placeholderKey(path), qPrintable(path));
+    }
+}
+
+void TestThumbnailGrid::leavingAFolderCancelsItsPendingWork()
+{
+    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("photos")));
+    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("empty")));
+    for (int i = 0; i < 40; ++i)
+        QVERIFY(solid(QSize(200, 100), Qt::red).save(m_dir->filePath(QStringLiteral("photos/p%1.png").arg(i)), "PNG"));
+    TthumbnailService* service = TthumbnailService::instance();
+    const quint64 decodesBefore = service->decodeCount();
+    openPane(700, 500);
+    {
+        TpoolBlocker blocker(*service);
+        QVERIFY(show(m_dir->filePath(QStringLiteral("photos")), 40));
+        QTRY_VERIFY(service->pendingCount() > 0);
+        QVERIFY(show(m_dir->filePath(QStringLiteral("empty")), 0));
+        QCOMPARE(service->pendingCount(), 0);
+    }
+    QTRY_COMPARE(service->activeWorkers(), 0);
+    QCOMPARE(service->decodeCount(), decodesBefore);
+}
+
+void TestThumbnailGrid::detailListShowsKindIconsOnly()
+{
+    const QString path = m_dir->filePath(QStringLiteral("wood.png"));
+    QVERIFY(solid(QSize(300, 300), Qt::red).save(path, "PNG"));
+    TthumbnailService* service = TthumbnailService::instance();
+    openPane(700, 500);
+    m_pane->setTreeViewVisible();
+    const quint64 decodesBefore = service->decodeCount();
+    QVERIFY(show(m_dir->path(), 1));
+    QTRY_VERIFY(m_pane->treeWidget()->isVisible());
+    QCoreApplication::processEvents();
+    QCOMPARE(service->pendingCount(), 0);
+    QCOMPARE(service->decodeCount(), decodesBefore);
+    QCOMPARE(decorationKey(path), m_pane->smallIconProvider()->icon(QFileInfo(path)).cacheKey());
+    // Back to the grid: now the picture is made.
+    m_pane->setIconViewVisible();
+    QTRY_VERIFY(decorationKey(path) != placeholderKey(path));
+}
+
+QTEST_MAIN(TestThumbnailGrid)
+#include "tst_thumbnailgrid.moc"
