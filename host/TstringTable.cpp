@@ -113,6 +113,13 @@ const Entry englishTexts[] = {
      "Favorites could not be saved: your earlier favorites file ^1s could not be kept as ^2s, so it was not "
      "replaced. The change was undone."},
 
+    // The status line under the content view: the items shown, then what is selected with
+    // the size of its files. ^1s of the last two is one of the first two.
+    {"kContentBrowserStatusItemCount", "^1d items"},
+    {"kContentBrowserStatusOneItem", "1 item"},
+    {"kContentBrowserStatusSelected", "^1s, ^2d selected"},
+    {"kContentBrowserStatusSelectedSize", "^1s, ^2d selected (^3s)"},
+
     // The host's own messages.
     {"kOrloHostUnknownCommand", "Unknown command: ^1s"},
     {"kOrloHostEmptyCommand", "Empty command"},

@@ -45,6 +45,11 @@ public:
     // Shows thumbnails of edge length size (pixels) and puts the slider on that step; a size
     // that is no step takes the nearest step (emitting imageSizeSliderChangedToDefault).
     void setThumbnailSize(int size);
+    // Moves the slider by steps (negative: smaller), as the user would; stops at either end.
+    void stepThumbnailSize(int steps);
+    // Back to the step of the default size (128, scaled; the nearest rule of the slider's
+    // start when that is no step).
+    void resetThumbnailSize();
     // The grid cell of a thumbnail of iconSize: the picture, a margin and two lines of name.
     QSize gridSizeFor(const QSize& iconSize) const;
 

@@ -26,6 +26,11 @@ public:
     explicit BrowserListView(QWidget* parent = nullptr);
     ~BrowserListView() override;
 
+    // Edge length, in pixels, of the picture that follows the pointer in a drag (at most 96
+    // is sensible); 64 until set.
+    void setDragPictureEdge(int edge) { m_dragPictureEdge = edge; }
+    int dragPictureEdge() const { return m_dragPictureEdge; }
+
     // The frame source of the hover animation; null (the default) turns the animation off.
     // Not owned: it must outlive the view or be reset first.
     void setThumbnailIconProvider(const ThumbnailFileIconProvider* provider);
@@ -47,6 +52,8 @@ public Q_SLOTS:
     void displayNewIcon(QModelIndex index);
 
 protected:
+    // The selected items with the browser's drag data and a small picture (TdragSupport).
+    void startDrag(Qt::DropActions supportedActions) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -59,4 +66,5 @@ private:
     QPersistentModelIndex m_hovered;
     QPointer<TiconAnimationWorker> m_worker;
     const ThumbnailFileIconProvider* m_provider = nullptr;
+    int m_dragPictureEdge = 64;
 };

@@ -1,5 +1,7 @@
 #include "BrowserTreeView.h"
 
+#include "TdragSupport.h"
+
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -68,4 +70,9 @@ void BrowserTreeView::commitData(QWidget* editor)
 {
     QTreeView::commitData(editor);
     Q_EMIT editOver();
+}
+
+void BrowserTreeView::startDrag(Qt::DropActions supportedActions)
+{
+    TdragSupport::startDrag(this, supportedActions, m_dragPictureEdge);
 }

@@ -19,6 +19,11 @@ public:
     explicit BrowserTreeView(QWidget* parent = nullptr);
     ~BrowserTreeView() override;
 
+    // Edge length, in pixels, of the picture that follows the pointer in a drag (at most 96
+    // is sensible); 64 until set.
+    void setDragPictureEdge(int edge) { m_dragPictureEdge = edge; }
+    int dragPictureEdge() const { return m_dragPictureEdge; }
+
 Q_SIGNALS:
     // A rename in a row has been committed to the model.
     void editOver();
@@ -26,6 +31,8 @@ Q_SIGNALS:
     void rightClicked(QModelIndex index);
 
 protected:
+    // The selected items with the browser's drag data and a small picture (TdragSupport).
+    void startDrag(Qt::DropActions supportedActions) override;
     void mousePressEvent(QMouseEvent* event) override;
     // Emits newSelection(current) when a handled key moved the current index.
     void keyPressEvent(QKeyEvent* event) override;
@@ -39,4 +46,5 @@ private:
     bool expandsOnRelease() const;
     // Whether position lies in the indentation before row's name, where the arrow is.
     bool onBranch(const QModelIndex& row, const QPoint& position) const;
+    int m_dragPictureEdge = 64;
 };
