@@ -26,6 +26,7 @@
 #include <QMessageBox>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QTreeWidget>
 
 namespace {
 Tstring toT(const QString& text)

@@ -24,6 +24,9 @@ const int wheelStep = 120;
 QList<QKeySequence> standard(QKeySequence::StandardKey key, const QList<QKeySequence>& extra = {})
 {
     QList<QKeySequence> keys = QKeySequence::keyBindings(key);
+    // Some platforms also step back on Backspace; here it goes to the parent folder, and
+    // one key on two actions would do neither.
+    keys.removeAll(QKeySequence(Qt::Key_Backspace));
     for (const QKeySequence& sequence : extra) {
         if (!keys.contains(sequence))
             keys << sequence;

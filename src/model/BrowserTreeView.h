@@ -10,7 +10,9 @@
 // A press emits rightClicked(index) first for the right button, then newSelection(index)
 // after the view has handled the press; a press on empty space clears the selection and
 // emits newSelection with an invalid index. A left click on an expandable row toggles it
-// unless the press itself already did (a click on the expansion arrow toggles once).
+// unless the press itself already did (a click on the expansion arrow toggles once). In
+// extended selection, Ctrl and Shift presses and presses on rows select as the view's own
+// conventions say; only a plain press beside the rows clears.
 class BrowserTreeView : public QTreeView
 {
     Q_OBJECT

@@ -30,7 +30,8 @@ QStringList commands()
 {
     QStringList lines;
     for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Command)
+        // The file actions only: the browser also asks the host for its help menu and options.
+        if (entry.kind == TcommandRecord::Kind::Command && entry.command.startsWith(QLatin1String("performFile")))
             lines << entry.command;
     }
     return lines;

@@ -37,7 +37,8 @@ QStringList commands()
 {
     QStringList lines;
     for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Command)
+        // The file actions only: the browser also asks the host for its help menu and options.
+        if (entry.kind == TcommandRecord::Kind::Command && entry.command.startsWith(QLatin1String("performFile")))
             lines << entry.command;
     }
     return lines;
@@ -168,6 +169,8 @@ QPoint TstContentSelection::pointOf(bool detail, const QString& name) const
 void TstContentSelection::click(bool detail, const QString& name, Qt::KeyboardModifiers modifiers, Qt::MouseButton button)
 {
     QAbstractItemView* target = view(detail);
+    // A view just switched to is placed by the next layout pass: points are mapped after it.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     QTRY_VERIFY2(target->visualRect(indexOf(name)).isValid(), qPrintable(name));
     const QPoint at = target->viewport()->mapTo(m_browser.get(), pointOf(detail, name));
     QTest::mouseMove(m_browser->windowHandle(), at);
@@ -236,6 +239,7 @@ void TstContentSelection::rubberBand()
     if (detail)
         m_browser->contentPane()->setTreeViewVisible();
     QAbstractItemView* target = view(detail);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     QTRY_VERIFY(target->visualRect(indexOf(QStringLiteral("zeta"))).isValid());
     // From empty space at the bottom right up to the middle of the second entry.
     const QPoint start(target->viewport()->width() - 3, target->viewport()->height() - 3);
@@ -465,8 +469,16 @@ void TstContentSelection::dragPictureIsSmallAndCountsSeveral()
     QCOMPARE(single.pixelColor(edge - 2, 1).alpha(), 255);
     QCOMPARE(stack.pixelColor(1, 1).alpha(), 0);
     QVERIFY(stack.pixelColor(edge - 3, 3).alpha() > 0);
-    QCOMPARE(stack.pixelColor(edge - 6, edge - 6), QColor(81, 132, 168));
-    QVERIFY(single.pixelColor(edge - 6, edge - 6) != QColor(81, 132, 168));
+    auto badgePixels = [edge](const QImage& image) {
+        int count = 0;
+        for (int y = edge * 3 / 4; y < edge; ++y) {
+            for (int x = edge / 2; x < edge; ++x)
+                count += image.pixelColor(x, y) == QColor(81, 132, 168) ? 1 : 0;
+        }
+        return count;
+    };
+    QVERIFY2(badgePixels(stack) > edge / 2, qPrintable(QString::number(badgePixels(stack))));
+    QCOMPARE(badgePixels(single), 0);
     // At twice the pixel density the picture is as large on screen, and sharper.
     const QPixmap dense = TdragSupport::pictureFor({QIcon(icon)}, 1, edge, 2.0);
     QCOMPARE(dense.deviceIndependentSize().toSize(), QSize(edge, edge));
