@@ -818,8 +818,8 @@ void ThumbnailPane::applyPendingRestore(bool lastTry)
     }
     const TcontentViewState state = m_folderStates.value(m_pendingRestore);
     QAbstractItemView* view = visibleView();
-    const bool found = TcontentViewState(state).apply(
-        view, [this](const QString& path) { return indexOfPath(path); }, isTreeViewVisible(), true);
+    const bool found =
+        state.apply(view, [this](const QString& path) { return indexOfPath(path); }, isTreeViewVisible(), true);
     // Until the folder has loaded, the current entry may simply not be listed yet.
     if (found || lastTry)
         m_pendingRestore.clear();

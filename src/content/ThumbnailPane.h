@@ -40,7 +40,12 @@ class Tint32Array;
 //
 // Selection: every change of the visible view's selection emits newPathClicked with the
 // path of the first newly selected entry ("" when nothing is selected); a click on an entry
-// that was already selected emits it again.
+// that was already selected emits it again. Both views pick several entries (Ctrl, Shift,
+// a rubber band, the keyboard); with several selected, newPathClicked names the current
+// entry whenever it is selected, once per change. Switching views, refresh and a return
+// through the history (restoreFolderState) keep or restore the selection, the current entry
+// and, for the history, the scrolling. A status line under the views counts what is shown
+// and selected.
 //
 // Default action: while the default-action flag is set, double-clicking a file, and
 // selecting a file whose path contains "Stroke_Sketch" or "Sculpting_Stamps", trigger the
@@ -50,7 +55,8 @@ class Tint32Array;
 // last dressed as import and reference entries with option boxes when their texts match),
 // a separator, a second separator and "add to favorites"; over empty space, "add to
 // favorites" for the shown folder and "new folder". Import and reference run as deferred
-// host script commands; their option boxes go through optionsDialogRequested first.
+// host script commands, one per file of actionPaths in selection order; their option boxes
+// go through optionsDialogRequested first, once for all the files.
 class ThumbnailPane : public QWidget
 {
     Q_OBJECT
