@@ -48,8 +48,10 @@ TcontentKeyMap::TcontentKeyMap(QWidget* scope, ThumbnailPane* pane, SearchToolba
     connect(addAction(scope, "parentFolder", {QKeySequence(Qt::ALT | Qt::Key_Up), QKeySequence(Qt::Key_Backspace)},
                       browserWide),
             &QAction::triggered, pane, &ThumbnailPane::goToParentDirectory);
-    connect(addAction(scope, "refresh", standard(QKeySequence::Refresh, {QKeySequence(Qt::Key_F5)}), browserWide),
-            &QAction::triggered, pane, &ThumbnailPane::refresh);
+    // F5 alone: the platform's second refresh key (Ctrl+R) is too often a host's own, and a
+    // key bound twice while the focus is here fires neither.
+    connect(addAction(scope, "refresh", {QKeySequence(Qt::Key_F5)}, browserWide), &QAction::triggered, pane,
+            &ThumbnailPane::refresh);
     connect(addAction(scope, "find", standard(QKeySequence::Find), browserWide), &QAction::triggered, this,
             &TcontentKeyMap::focusSearch);
     connect(addAction(scope, "editPath", {QKeySequence(Qt::CTRL | Qt::Key_L), QKeySequence(Qt::Key_F6)}, browserWide),

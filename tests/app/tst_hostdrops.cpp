@@ -12,9 +12,11 @@
 #include "ThostMainWindow.h"
 #include "ThostScene.h"
 #include "ThostSceneDock.h"
+#include "SearchToolbar.h"
 #include "ThumbnailPane.h"
 #include "TrecordingHost.h"
 
+#include <QLineEdit>
 #include <QListView>
 #include <QMenu>
 #include <QMenuBar>
@@ -68,6 +70,7 @@ private Q_SLOTS:
     void sceneDockBringsInEachDroppedFile_data();
     void sceneDockBringsInEachDroppedFile();
     void pickSeveralImportThemAndDragMoreIntoTheScene();
+    void keysWorkInTheBrowserAndLeaveTheConsoleAlone();
 
 private:
     AssetBrowser* open(const QString& folder);
@@ -230,6 +233,44 @@ void TstHostDrops::pickSeveralImportThemAndDragMoreIntoTheScene()
                          }));
     QCOMPARE(m_window->sceneDock()->list()->topLevelItemCount(), 5);
     QVERIFY(m_window->console()->text().contains(QStringLiteral("performFileReferenceAction")));
+}
+
+void TstHostDrops::keysWorkInTheBrowserAndLeaveTheConsoleAlone()
+{
+    const QString shots = m_dir->filePath(QStringLiteral("shots"));
+    AssetBrowser* browser = open(shots);
+    QVERIFY(browser);
+    m_window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+
+    // A click puts the focus in the grid; the keys then walk to the folder and into it.
+    clickGrid(file("shots/barrel.vela"), Qt::NoModifier);
+    QListView* grid = browser->contentPane()->listWidget()->listView();
+    QTRY_VERIFY(grid->hasFocus());
+    QWindow* window = m_window->windowHandle();
+    QTest::keyClick(window, Qt::Key_End);
+    QCOMPARE(QFileInfo(browser->contentPane()->currentPath()).fileName(), QStringLiteral("sub"));
+    QTest::keyClick(window, Qt::Key_Return);
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), m_dir->filePath(QStringLiteral("shots/sub")));
+    QTest::keyClick(window, Qt::Key_Left, Qt::AltModifier);
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+
+    // In the host's console the same keys are the console's own.
+    auto* prompt = m_window->console()->findChild<QLineEdit*>();
+    QVERIFY(prompt);
+    prompt->setFocus();
+    QTRY_VERIFY(prompt->hasFocus());
+    QTest::keyClick(window, 'l');
+    QTest::keyClick(window, 's');
+    for (const auto key : {Qt::Key_Backspace, Qt::Key_F5, Qt::Key_F6})
+        QTest::keyClick(window, key);
+    QTest::keyClick(window, Qt::Key_Right, Qt::AltModifier);
+    QTest::keyClick(window, Qt::Key_F, Qt::ControlModifier);
+    QCOMPARE(prompt->text(), QStringLiteral("l"));
+    QVERIFY(prompt->hasFocus());
+    QCOMPARE(browser->contentPane()->currentRootPath(), shots);
+    QVERIFY(browser->pathBar()->isBreadCrumbMode());
 }
 
 QTEST_MAIN(TstHostDrops)
