@@ -5,6 +5,7 @@
 #include "ThostCommands.h"
 #include "ThostConsole.h"
 #include "ThostDpiScaling.h"
+#include "ThostDropTarget.h"
 #include "ThostImageLoader.h"
 #include "ThostPopupMenuCreator.h"
 #include "ThostProjectSidebarManager.h"
@@ -27,6 +28,7 @@
 #include <QStatusBar>
 #include <QThread>
 #include <QToolBar>
+#include <QTreeWidget>
 
 namespace {
 Tstring toT(const QString& text)
@@ -67,6 +69,10 @@ ThostMainWindow::ThostMainWindow(const Settings& settings)
     m_sceneDock = new ThostSceneDock(this);
     addDockWidget(Qt::BottomDockWidgetArea, m_sceneDock);
     splitDockWidget(m_console, m_sceneDock, Qt::Horizontal);
+    // Files dragged out of the browser onto the scene are brought into it.
+    m_dropTarget = new ThostDropTarget(this);
+    m_dropTarget->watch(m_sceneDock);
+    m_dropTarget->watch(m_sceneDock->list());
     TcommandEngine* engine = TcommandEngine::instance();
     connect(engine, &TcommandEngine::commandExecuted, m_console, &ThostConsole::appendCommand);
     TcommandEngine::setErrorDisplay([this](const QString& text) { showError(text); });

@@ -7,6 +7,7 @@
 class ORLOAssetBrowser;
 class ThostConsole;
 class ThostDpiScaling;
+class ThostDropTarget;
 class ThostImageLoader;
 class ThostPopupMenuCreator;
 class ThostProjectSidebarManager;
@@ -46,6 +47,8 @@ public:
     ORLOAssetBrowser* browser() const { return m_browser; }
     ThostConsole* console() const { return m_console; }
     ThostSceneDock* sceneDock() const { return m_sceneDock; }
+    // Takes file drops on the scene dock.
+    ThostDropTarget* dropTarget() const { return m_dropTarget; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -66,4 +69,5 @@ private:
     ORLOAssetBrowser* m_browser = nullptr;
     ThostConsole* m_console = nullptr;
     ThostSceneDock* m_sceneDock = nullptr;
+    ThostDropTarget* m_dropTarget = nullptr;
 };

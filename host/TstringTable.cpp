@@ -138,6 +138,13 @@ const Entry englishTexts[] = {
     {"kContentBrowserFileGone", "^1s no longer exists, so nothing was sent to the scene."},
     {"kContentBrowserFolderUnreadable", "This folder cannot be read: you do not have permission to list it."},
 
+    // The status line under the content view: the items shown, then what is selected with
+    // the size of its files. ^1s of the last two is one of the first two.
+    {"kContentBrowserStatusItemCount", "^1d items"},
+    {"kContentBrowserStatusOneItem", "1 item"},
+    {"kContentBrowserStatusSelected", "^1s, ^2d selected"},
+    {"kContentBrowserStatusSelectedSize", "^1s, ^2d selected (^3s)"},
+
     // The host's own messages.
     {"kOrloHostUnknownCommand", "Unknown command: ^1s"},
     {"kOrloHostEmptyCommand", "Empty command"},

@@ -54,6 +54,13 @@ public:
     virtual void refreshLibrary() = 0;
 };
 
+// The MIME type of a drag that starts in the browser's content views. Its data is the dragged
+// paths, absolute, with "/" separators, encoded as UTF-8 and separated by "\n". The same drag
+// also carries "text/uri-list" (file URLs) and "text/plain" (the paths, one a line), so a
+// host that accepts file drops from the desktop accepts the browser's too; checking for this
+// type tells a drag from the browser apart from one from elsewhere.
+constexpr char ORLOAssetBrowserDragMimeType[] = "application/x-orlo-asset-browser-paths";
+
 // Makes a browser from options as a child of parent. Returns null when memory runs out; when
 // construction throws, the memory is freed and the exception reaches the caller. The browser
 // keeps its own copy of options, so the record may change or go as soon as this returns; the

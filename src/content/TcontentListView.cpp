@@ -15,6 +15,7 @@
 #include <QSignalBlocker>
 #include <QSlider>
 
+#include <algorithm>
 #include <cstdlib>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -57,12 +58,15 @@ TcontentListView::TcontentListView(const TassetBrowserOptions* options, QAbstrac
     m_view->setWrapping(true);
     m_view->setWordWrap(true);
     m_view->setViewMode(QListView::IconMode);
-    m_view->setSelectionMode(QAbstractItemView::SingleSelection);
+    // Ctrl, Shift and a rubber band pick several files; the grid takes the keyboard focus so
+    // that the arrows move through it.
+    m_view->setSelectionMode(QAbstractItemView::ExtendedSelection);
     m_view->setDragDropMode(QAbstractItemView::DragOnly);
     m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);
     m_view->setIconSize(m_iconSize);
-    m_view->setFocusPolicy(Qt::NoFocus);
+    m_view->setFocusPolicy(Qt::StrongFocus);
+    m_view->setDragPictureEdge(std::min(TuiScale::length(options, 64), 96));
     m_view->setSpacing(TuiScale::length(options, 5));
     // Made after the view, as the view's sibling: children die in the order they were made,
     // so the view never outlives the style it draws with.
@@ -195,4 +199,20 @@ QSize TcontentListView::gridSizeFor(const QSize& iconSize) const
     const int margin = TuiScale::length(options(), 6);
     const QFontMetrics metrics(m_view ? m_view->font() : font());
     return QSize(iconSize.width() + 2 * margin, iconSize.height() + 2 * margin + 2 * metrics.lineSpacing());
+}
+
+void TcontentListView::stepThumbnailSize(int steps)
+{
+    const int step = std::clamp(m_slider->value() + steps, 0, m_sizes.length() - 1);
+    if (step != m_slider->value())
+        sliderSetTo(step);
+}
+
+void TcontentListView::resetThumbnailSize()
+{
+    int step = stepOf(TuiScale::length(options(), defaultThumbnailSize));
+    if (step < 0)
+        step = std::clamp(TuiScale::length(options(), defaultThumbnailSize), 0, m_sizes.length() - 1);
+    if (step != m_slider->value())
+        sliderSetTo(step);
 }

@@ -46,6 +46,11 @@ public:
     // that is no step takes the nearest step (emitting imageSizeSliderChangedToDefault).
     // A size outside 16..1024 (scaled) changes nothing.
     void setThumbnailSize(int size);
+    // Moves the slider by steps (negative: smaller), as the user would; stops at either end.
+    void stepThumbnailSize(int steps);
+    // Back to the step of the default size (128, scaled; the nearest rule of the slider's
+    // start when that is no step).
+    void resetThumbnailSize();
     // The grid cell of a thumbnail of iconSize: the picture, a margin and two lines of name.
     QSize gridSizeFor(const QSize& iconSize) const;
 

@@ -1,5 +1,7 @@
 #include "TcontentTreeView.h"
 
+#include <algorithm>
+
 #include "BrowserTreeView.h"
 #include "TabDpiScaling.h"
 #include "TassetBrowserOptions.h"
@@ -32,7 +34,8 @@ TcontentTreeView::TcontentTreeView(const TassetBrowserOptions* options, QAbstrac
     m_view->setExpandsOnDoubleClick(false);
     m_view->setUniformRowHeights(true);
     m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_view->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_view->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_view->setDragPictureEdge(std::min(TuiScale::length(options, 64), 96));
     m_view->setDragDropMode(QAbstractItemView::DragOnly);
     m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);

@@ -9,6 +9,7 @@
 #include "TbrowserToolbar.h"
 #include "TcommandEngine.h"
 #include "TcontentListView.h"
+#include "TcontentStatusLine.h"
 #include "TcontentTreeView.h"
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
@@ -18,7 +19,10 @@
 #include "TthumbnailService.h"
 #include "TuiScale.h"
 
+#include <algorithm>
+
 #include <QActionGroup>
+#include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QEvent>
@@ -31,6 +35,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPointer>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -39,6 +44,8 @@
 namespace {
 
 const int nameColumn = 0;
+// Folders whose view state is kept for a return through the history.
+const int rememberedFolders = 64;
 
 // Paths holding these are sculpting stamps: selecting one uses it at once.
 const char* const strokeSketchMarker = "Stroke_Sketch";
@@ -107,6 +114,11 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     // The list reports its selection as the grid does, so the preview follows either view.
     connect(m_treeView->treeView()->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ThumbnailPane::selectionChanged);
+    // With several entries selected the preview follows the current one as it moves.
+    connect(m_listView->listView()->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &ThumbnailPane::onCurrentChanged);
+    connect(m_treeView->treeView()->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &ThumbnailPane::onCurrentChanged);
     connect(this, &ThumbnailPane::newPathDoubleClicked, this, &ThumbnailPane::setListViewRootIndex);
     // The rest of the folder, sorted in around an entry chosen before it arrived, may push
     // that entry out of sight.
@@ -173,8 +185,22 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
         view->viewport()->installEventFilter(this);
         m_folderNotices.append(notice);
     }
+    m_statusLine = new TcontentStatusLine(options, this);
+    layout->addWidget(m_statusLine);
+    for (QItemSelectionModel* selection :
+         {m_listView->listView()->selectionModel(), m_treeView->treeView()->selectionModel()})
+        connect(selection, &QItemSelectionModel::selectionChanged, this, &ThumbnailPane::scheduleStatusUpdate);
+    connect(m_proxy, &QAbstractItemModel::rowsInserted, this, &ThumbnailPane::scheduleStatusUpdate);
+    connect(m_proxy, &QAbstractItemModel::rowsRemoved, this, &ThumbnailPane::scheduleStatusUpdate);
+    connect(m_proxy, &QAbstractItemModel::modelReset, this, &ThumbnailPane::scheduleStatusUpdate);
+    connect(m_proxy, &QAbstractItemModel::layoutChanged, this, &ThumbnailPane::scheduleStatusUpdate);
+    connect(m_fileModel, &QFileSystemModel::directoryLoaded, this, [this](const QString& path) {
+        if (QDir::cleanPath(path) == m_currentRootPath)
+            applyPendingRestore(true);
+    });
 
     sort();
+    updateStatusLine();
 }
 
 bool ThumbnailPane::eventFilter(QObject* watched, QEvent* event)
@@ -457,6 +483,9 @@ void ThumbnailPane::setListViewRootIndex(QString rootPath)
         return;
     folder = QDir::cleanPath(folder);
 
+    if (folder != m_currentRootPath)
+        rememberFolderState();
+    m_pendingRestore.clear();
     const QModelIndex sourceRoot = m_fileModel->setRootPath(folder);
     if (!sourceRoot.isValid() || !m_fileModel->isDir(sourceRoot))
         return;
@@ -472,6 +501,7 @@ void ThumbnailPane::setListViewRootIndex(QString rootPath)
         view->setRootIndex(root);
     }
     Q_EMIT m_proxy->rootPathChanged(folder);
+    scheduleStatusUpdate();
     if (info.isFile())
         selectEntry(info.absoluteFilePath());
 }
@@ -612,18 +642,27 @@ void ThumbnailPane::setIconViewVisible()
 {
     if (!m_listView->isHidden())
         return;
+    // The grid takes over the list's selection, current entry and focus.
+    const TcontentViewState state = viewState(m_treeView->treeView());
+    const bool hadFocus = m_treeView->treeView()->hasFocus();
     m_fileModel->setIconProvider(m_thumbnailProvider.get());
     m_listView->setSearchText(m_treeView->searchText());
     m_listView->show();
     m_treeView->hide();
     m_listView->listView()->setRootIndex(m_treeView->treeView()->rootIndex());
     m_viewGroup->actions().at(1)->setChecked(true);
+    applyViewState(state, m_listView->listView(), false);
+    if (hadFocus)
+        m_listView->listView()->setFocus(Qt::OtherFocusReason);
+    scheduleStatusUpdate();
 }
 
 void ThumbnailPane::setTreeViewVisible()
 {
     if (!m_treeView->isHidden())
         return;
+    const TcontentViewState state = viewState(m_listView->listView());
+    const bool hadFocus = m_listView->listView()->hasFocus();
     m_fileModel->setIconProvider(m_smallProvider.get());
     // The detail list shows kind icons only; the grid sets its size again when it paints.
     m_fileModel->setThumbnailSize(QSize());
@@ -632,6 +671,10 @@ void ThumbnailPane::setTreeViewVisible()
     m_listView->hide();
     m_treeView->treeView()->setRootIndex(m_listView->listView()->rootIndex());
     m_viewGroup->actions().at(0)->setChecked(true);
+    applyViewState(state, m_treeView->treeView(), false);
+    if (hadFocus)
+        m_treeView->treeView()->setFocus(Qt::OtherFocusReason);
+    scheduleStatusUpdate();
 }
 
 void ThumbnailPane::onNewPathClicked(QString path)
@@ -652,6 +695,9 @@ void ThumbnailPane::sort()
     QHeaderView* header = m_treeView->treeView()->header();
     const QSignalBlocker blocker(header);
     header->setSortIndicator(column, sortOrder);
+    // The selection follows its entries through the new order; the current one stays in sight.
+    if (const QModelIndex current = visibleView()->currentIndex(); current.isValid())
+        visibleView()->scrollTo(current);
 }
 
 void ThumbnailPane::selectionChanged(QItemSelection selected, QItemSelection deselected)
@@ -669,6 +715,32 @@ void ThumbnailPane::selectionChanged(QItemSelection selected, QItemSelection des
         if (!all.isEmpty())
             path = pathOf(all.constFirst());
     }
+    // Of several selected entries the preview shows the current one, when it is selected.
+    int count = 0;
+    if (selection) {
+        const QModelIndexList all = selection->selectedIndexes();
+        count = int(std::count_if(all.cbegin(), all.cend(), [](const QModelIndex& i) { return i.column() == nameColumn; }));
+    }
+    if (count > 1) {
+        if (selection->isSelected(selection->currentIndex()))
+            path = pathOf(selection->currentIndex());
+        if (path == m_lastReportedPath)
+            return;
+    }
+    m_lastReportedPath = path;
+    Q_EMIT newPathClicked(path);
+}
+
+void ThumbnailPane::onCurrentChanged(const QModelIndex& current)
+{
+    auto* selection = qobject_cast<QItemSelectionModel*>(sender());
+    if (!selection || selection != visibleView()->selectionModel() || !current.isValid()
+        || !selection->isSelected(current))
+        return;
+    const QString path = pathOf(current);
+    if (path == m_lastReportedPath)
+        return;
+    m_lastReportedPath = path;
     Q_EMIT newPathClicked(path);
 }
 
@@ -744,16 +816,38 @@ void ThumbnailPane::displayViewMenu(QPoint menuPos)
 
 void ThumbnailPane::importSysFile()
 {
-    const QString path = currentPath();
-    if (!path.isEmpty() && stillThere(path))
-        TscriptCommand::runDeferred(TscriptCommand::fileImport(path));
+    runOnActionPaths(false);
 }
 
 void ThumbnailPane::referenceSysFile()
 {
-    const QString path = currentPath();
-    if (!path.isEmpty() && stillThere(path))
-        TscriptCommand::runDeferred(TscriptCommand::fileReference(path));
+    runOnActionPaths(true);
+}
+
+void ThumbnailPane::runOnActionPaths(bool reference)
+{
+    // One command per file, queued in selection order: the host runs them one after another.
+    const QStringList paths = actionPaths();
+    for (const QString& path : paths)
+        if (stillThere(path))
+            TscriptCommand::runDeferred(reference ? TscriptCommand::fileReference(path)
+                                                  : TscriptCommand::fileImport(path));
+}
+
+QStringList ThumbnailPane::actionPaths() const
+{
+    const QStringList selected = selectedPaths();
+    if (selected.size() <= 1) {
+        const QString path = currentPath();
+        return path.isEmpty() ? QStringList() : QStringList{path};
+    }
+    QStringList files;
+    for (const QString& path : selected) {
+        // The model knows each listed entry's kind: no disk access here.
+        if (!m_fileModel->isDir(m_fileModel->index(path)))
+            files << path;
+    }
+    return files;
 }
 
 void ThumbnailPane::openSysFileWithImportOptions()
@@ -768,9 +862,11 @@ void ThumbnailPane::referenceSysFileWithImportOptions()
 
 void ThumbnailPane::runWithOptions(const QString& mode, bool reference)
 {
-    const QString path = currentPath();
-    if (path.isEmpty() || !stillThere(path))
+    // The options are shown once, for the first file, and apply to every file acted on.
+    const QStringList paths = actionPaths();
+    if (paths.isEmpty())
         return;
+    const QString path = paths.contains(currentPath()) ? currentPath() : paths.constFirst();
     m_optionsConfirmed = false;
     QPointer<ThumbnailPane> self(this);
     // The receiver shows the dialog modally: it has closed, and told us how, on return.
@@ -779,11 +875,153 @@ void ThumbnailPane::runWithOptions(const QString& mode, bool reference)
         return;
     const bool confirmed = m_optionsConfirmed;
     m_optionsConfirmed = false;
-    if (confirmed)
-        TscriptCommand::runDeferred(reference ? TscriptCommand::fileReference(path) : TscriptCommand::fileImport(path));
+    if (!confirmed)
+        return;
+    for (const QString& file : paths) {
+        if (stillThere(file))
+            TscriptCommand::runDeferred(reference ? TscriptCommand::fileReference(file)
+                                                  : TscriptCommand::fileImport(file));
+    }
 }
 
 void ThumbnailPane::fileOptionsDialogClosed(bool confirmed)
 {
     m_optionsConfirmed = confirmed;
+}
+
+void ThumbnailPane::openCurrentItem()
+{
+    QAbstractItemView* view = visibleView();
+    const QModelIndex current = view->currentIndex();
+    if (!current.isValid())
+        return;
+    if (isDirectory(current)) {
+        visibleWidget()->setSearchText(QString());
+        Q_EMIT newPathDoubleClicked(pathOf(current));
+        return;
+    }
+    QItemSelectionModel* selection = view->selectionModel();
+    if (selection && !selection->isSelected(current)) {
+        QItemSelectionModel::SelectionFlags flags = QItemSelectionModel::ClearAndSelect;
+        if (isTreeViewVisible())
+            flags |= QItemSelectionModel::Rows;
+        selection->setCurrentIndex(current, flags);
+    }
+    if (m_defaultAction)
+        runDefaultAction();
+}
+
+void ThumbnailPane::openContextMenuAtCurrent()
+{
+    QAbstractItemView* view = visibleView();
+    const QModelIndex current = view->currentIndex();
+    QPoint at(TuiScale::length(m_options, 8), TuiScale::length(m_options, 8));
+    if (current.isValid()) {
+        view->scrollTo(current);
+        at = view->visualRect(current).center();
+    }
+    openContextMenu(at);
+}
+
+void ThumbnailPane::refresh()
+{
+    if (m_currentRootPath.isEmpty())
+        return;
+    QAbstractItemView* view = visibleView();
+    const TcontentViewState state = viewState(view);
+    setListViewRootIndex(m_currentRootPath);
+    applyViewState(state, view, true);
+}
+
+void ThumbnailPane::restoreFolderState()
+{
+    if (!m_folderStates.contains(m_currentRootPath))
+        return;
+    m_pendingRestore = m_currentRootPath;
+    applyPendingRestore(false);
+}
+
+void ThumbnailPane::applyPendingRestore(bool lastTry)
+{
+    if (m_pendingRestore.isEmpty())
+        return;
+    if (m_pendingRestore != m_currentRootPath) {
+        m_pendingRestore.clear();
+        return;
+    }
+    const TcontentViewState state = m_folderStates.value(m_pendingRestore);
+    QAbstractItemView* view = visibleView();
+    const bool found =
+        state.apply(view, [this](const QString& path) { return indexOfPath(path); }, isTreeViewVisible(), true);
+    // Until the folder has loaded, the current entry may simply not be listed yet.
+    if (found || lastTry)
+        m_pendingRestore.clear();
+}
+
+void ThumbnailPane::rememberFolderState()
+{
+    if (m_currentRootPath.isEmpty())
+        return;
+    if (!m_folderStates.contains(m_currentRootPath))
+        m_folderStateOrder << m_currentRootPath;
+    m_folderStates.insert(m_currentRootPath, viewState(visibleView()));
+    while (m_folderStateOrder.size() > rememberedFolders)
+        m_folderStates.remove(m_folderStateOrder.takeFirst());
+}
+
+QModelIndex ThumbnailPane::indexOfPath(const QString& path) const
+{
+    if (path.isEmpty())
+        return QModelIndex();
+    const QModelIndex source = m_fileModel->index(path);
+    if (!source.isValid())
+        return QModelIndex();
+    const QModelIndex index = m_proxy->mapFromSource(source);
+    // Only entries of the folder shown: a path elsewhere would select something unseen.
+    return index.parent() == visibleView()->rootIndex() ? index : QModelIndex();
+}
+
+TcontentViewState ThumbnailPane::viewState(const QAbstractItemView* view) const
+{
+    return TcontentViewState::capture(view, [this](const QModelIndex& index) { return pathOf(index); });
+}
+
+void ThumbnailPane::applyViewState(const TcontentViewState& state, QAbstractItemView* view, bool withScroll)
+{
+    state.apply(
+        view, [this](const QString& path) { return indexOfPath(path); }, view == m_treeView->treeView(), withScroll);
+}
+
+void ThumbnailPane::scheduleStatusUpdate()
+{
+    // Rows arrive one batch at a time while a folder loads: count once they have.
+    if (m_statusPending)
+        return;
+    m_statusPending = true;
+    QMetaObject::invokeMethod(this, &ThumbnailPane::updateStatusLine, Qt::QueuedConnection);
+}
+
+void ThumbnailPane::updateStatusLine()
+{
+    m_statusPending = false;
+    QAbstractItemView* view = visibleView();
+    const QModelIndex root = view->rootIndex();
+    const int shown = m_currentRootPath.isEmpty() || !root.isValid() ? 0 : m_proxy->rowCount(root);
+    int selected = 0;
+    int files = 0;
+    qint64 bytes = 0;
+    if (QItemSelectionModel* selection = view->selectionModel()) {
+        const QModelIndexList indexes = selection->selectedIndexes();
+        for (const QModelIndex& index : indexes) {
+            if (index.column() != nameColumn)
+                continue;
+            ++selected;
+            const QModelIndex source = m_proxy->mapToSource(index);
+            if (!m_fileModel->isDir(source)) {
+                ++files;
+                bytes += m_fileModel->size(source);
+            }
+        }
+    }
+    m_statusLine->showCounts(shown, selected, files, bytes);
 }

@@ -10,6 +10,10 @@
 #include <QStringList>
 #include <QWidget>
 
+#include "TcontentViewState.h"
+
+#include <QHash>
+
 #include <memory>
 
 class QAction;
@@ -21,6 +25,7 @@ class QFileSystemWatcher;
 class QLabel;
 class TassetBrowserOptions;
 class TcontentListView;
+class TcontentStatusLine;
 class TcontentTreeView;
 class TcontentWidget;
 class TdirectoryFilterProxy;
@@ -38,7 +43,12 @@ class Tint32Array;
 //
 // Selection: every change of the visible view's selection emits newPathClicked with the
 // path of the first newly selected entry ("" when nothing is selected); a click on an entry
-// that was already selected emits it again.
+// that was already selected emits it again. Both views pick several entries (Ctrl, Shift,
+// a rubber band, the keyboard); with several selected, newPathClicked names the current
+// entry whenever it is selected, once per change. Switching views, refresh and a return
+// through the history (restoreFolderState) keep or restore the selection, the current entry
+// and, for the history, the scrolling. A status line under the views counts what is shown
+// and selected.
 //
 // Default action: while the default-action flag is set, double-clicking a file, and
 // selecting a file whose path contains "Stroke_Sketch" or "Sculpting_Stamps", trigger the
@@ -48,7 +58,8 @@ class Tint32Array;
 // last dressed as import and reference entries with option boxes when their texts match),
 // a separator, a second separator and "add to favorites"; over empty space, "add to
 // favorites" for the shown folder and "new folder". Import and reference run as deferred
-// host script commands; their option boxes go through optionsDialogRequested first.
+// host script commands, one per file of actionPaths in selection order; their option boxes
+// go through optionsDialogRequested first, once for all the files.
 class ThumbnailPane : public QWidget
 {
     Q_OBJECT
@@ -79,6 +90,12 @@ public:
     QStringList selectedPaths() const;
     // Path of the visible view's current entry; empty when there is none.
     QString currentPath() const;
+
+    // The line under the view: items shown, selected, and the selected files' size.
+    TcontentStatusLine* statusLine() const { return m_statusLine; }
+    // The files an import or reference acts on: the selected entries in selection order,
+    // folders left out, when several are selected; else the current entry, as with one.
+    QStringList actionPaths() const;
 
     // Off by default; the owner decides whether a double-click on a file acts.
     void setDefaultActionEnabled(bool enabled) { m_defaultAction = enabled; }
@@ -154,6 +171,18 @@ public Q_SLOTS:
     void referenceSysFileWithImportOptions();
     void listViewRightClicked(const QModelIndex& index);
     void listViewClicked(const QModelIndex& index);
+    // Enter on the visible view: opens the current folder, or runs the default action on the
+    // selected files (the current file alone when it is not selected).
+    void openCurrentItem();
+    // The context menu of the visible view, as a right click on its current entry (on the
+    // folder's empty space when there is none) would open it.
+    void openContextMenuAtCurrent();
+    // Shows the folder again, keeping the selection, the current entry and the scrolling.
+    void refresh();
+    // Puts back the selection, current entry and scrolling that the view had when it last
+    // left the folder shown now; nothing when it was never left. Entries not listed yet are
+    // taken up when the folder has loaded.
+    void restoreFolderState();
     // The options dialog opened through optionsDialogRequested has closed; confirmed tells
     // whether the user accepted it.
     void fileOptionsDialogClosed(bool confirmed);
@@ -175,6 +204,15 @@ private:
     void followRootFolder(const QString& folder);
     void rootFolderChanged();
     void showFolderNotice(const QString& text);
+    void runOnActionPaths(bool reference);
+    QModelIndex indexOfPath(const QString& path) const;
+    TcontentViewState viewState(const QAbstractItemView* view) const;
+    void applyViewState(const TcontentViewState& state, QAbstractItemView* view, bool withScroll);
+    void rememberFolderState();
+    void applyPendingRestore(bool lastTry);
+    void onCurrentChanged(const QModelIndex& current);
+    void scheduleStatusUpdate();
+    void updateStatusLine();
 
     TcontentListView* m_listView = nullptr;
     TcontentTreeView* m_treeView = nullptr;
@@ -206,4 +244,14 @@ private:
     // Whether the selection changed since the last click, so that a click on an entry that
     // was already selected reports it once more and a click that selected it does not twice.
     bool m_selectionChangedSinceClick = false;
+    TcontentStatusLine* m_statusLine = nullptr;
+    bool m_statusPending = false;
+    // What the view showed of the folders it left, for a return through the history; the
+    // oldest entries go first beyond a bound.
+    QHash<QString, TcontentViewState> m_folderStates;
+    QStringList m_folderStateOrder;
+    QString m_pendingRestore;
+    // The path last reported with several entries selected, so that a move of the current
+    // entry reports it once.
+    QString m_lastReportedPath;
 };

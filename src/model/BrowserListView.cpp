@@ -1,5 +1,7 @@
 #include "BrowserListView.h"
 
+#include "TdragSupport.h"
+
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
 #include "TiconAnimationWorker.h"
@@ -250,4 +252,9 @@ void BrowserListView::startAnimation(const QModelIndex& index)
     m_worker = new TiconAnimationWorker(proxy, m_service, m_options, index, frameSize * devicePixelRatioF(), this);
     connect(m_worker, &TiconAnimationWorker::newIconToDisplay, this, &BrowserListView::displayNewIcon);
     m_worker->showIcon();
+}
+
+void BrowserListView::startDrag(Qt::DropActions supportedActions)
+{
+    TdragSupport::startDrag(this, supportedActions, m_dragPictureEdge);
 }

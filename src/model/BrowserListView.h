@@ -44,6 +44,10 @@ public:
     // outlives the view.
     void setThumbnailService(TthumbnailService* service, const TassetBrowserOptions* options);
     TthumbnailService* thumbnailService() const { return m_service; }
+    // Edge length, in pixels, of the picture that follows the pointer in a drag (at most 96
+    // is sensible); 64 until set.
+    void setDragPictureEdge(int edge) { m_dragPictureEdge = edge; }
+    int dragPictureEdge() const { return m_dragPictureEdge; }
 
     // The running animation, null when none.
     TiconAnimationWorker* animationWorker() const { return m_worker; }
@@ -63,6 +67,8 @@ public Q_SLOTS:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
+    // The selected items with the browser's drag data and a small picture (TdragSupport).
+    void startDrag(Qt::DropActions supportedActions) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -100,4 +106,5 @@ private:
     QVector<QModelIndex> m_painted;
     Shown m_shown;
     int m_direction = 1;
+    int m_dragPictureEdge = 64;
 };

@@ -1,5 +1,7 @@
 #include "BrowserTreeView.h"
 
+#include "TdragSupport.h"
+
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -44,7 +46,11 @@ void BrowserTreeView::mousePressEvent(QMouseEvent* event)
         return;
     }
 
-    if (selectionModel())
+    // With several rows to pick, a press on a row, or with Ctrl or Shift held, is the view's
+    // to judge; a plain press beside the rows still clears.
+    const bool picking = selectionMode() == QAbstractItemView::ExtendedSelection
+        && (index.isValid() || (event->modifiers() & (Qt::ControlModifier | Qt::ShiftModifier)));
+    if (selectionModel() && !picking)
         selectionModel()->clearSelection();
     QTreeView::mousePressEvent(event);
     Q_EMIT newSelection(QModelIndex());
@@ -68,4 +74,9 @@ void BrowserTreeView::commitData(QWidget* editor)
 {
     QTreeView::commitData(editor);
     Q_EMIT editOver();
+}
+
+void BrowserTreeView::startDrag(Qt::DropActions supportedActions)
+{
+    TdragSupport::startDrag(this, supportedActions, m_dragPictureEdge);
 }

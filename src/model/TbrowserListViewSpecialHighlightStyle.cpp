@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QColor>
 #include <QPainter>
+#include <QPen>
 #include <QRect>
 #include <QStyleFactory>
 #include <QStyleOptionViewItem>
@@ -40,18 +41,29 @@ void TbrowserListViewSpecialHighlightStyle::drawPrimitive(PrimitiveElement eleme
         QProxyStyle::drawPrimitive(element, option, painter, widget);
         return;
     }
-    if (!(option->state & (State_Selected | State_MouseOver)))
+    const bool framed = option->state & (State_Selected | State_MouseOver);
+    // The keyboard's current item while the grid has the focus: a dotted line just outside
+    // the picture, so that it shows whether or not the item is selected.
+    const bool focused = option->state & State_HasFocus;
+    if (!framed && !focused)
         return;
 
     painter->save();
     painter->setPen(borderColor());
     painter->setBrush(Qt::NoBrush);
     const QRect picture = subElementRect(SE_ItemViewItemDecoration, option, widget).adjusted(0, 0, -1, -1);
-    QVector<QRect> frames;
-    frames.reserve(m_borderWidth);
-    for (int i = 0; i < m_borderWidth; ++i)
-        frames.append(picture.adjusted(i, i, -i, -i));
-    painter->drawRects(frames);
+    if (framed) {
+        QVector<QRect> frames;
+        frames.reserve(m_borderWidth);
+        for (int i = 0; i < m_borderWidth; ++i)
+            frames.append(picture.adjusted(i, i, -i, -i));
+        painter->drawRects(frames);
+    }
+    if (focused) {
+        painter->setPen(QPen(borderColor(), 1, Qt::DotLine));
+        const int gap = m_borderWidth + 1;
+        painter->drawRect(picture.adjusted(-gap, -gap, gap, gap));
+    }
     painter->restore();
 }
 

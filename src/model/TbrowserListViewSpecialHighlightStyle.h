@@ -6,8 +6,9 @@ class TassetBrowserOptions;
 
 // The thumbnail grid's style: a selected thumbnail looks exactly like a hovered one, a thin
 // blue-grey frame drawn over the picture's square and no fill, so pictures keep their own
-// colours; pictures sit at the bottom centre of their square. Everything else is the
-// application's style.
+// colours; pictures sit at the bottom centre of their square. The current item of a grid
+// that has the keyboard focus gets a dotted line of the same colour around that frame.
+// Everything else is the application's style.
 class TbrowserListViewSpecialHighlightStyle : public QProxyStyle
 {
     Q_OBJECT

@@ -1,5 +1,8 @@
 #include "TdirectoryFilterProxy.h"
 
+#include "ORLOAssetBrowser.h"
+#include "TdragSupport.h"
+
 #include "Tmessage.h"
 #include "TprefOptionVar.h"
 #include "Tstring.h"
@@ -7,6 +10,7 @@
 #include <QDateTime>
 #include <QFileInfo>
 #include <QFileSystemModel>
+#include <QSet>
 
 namespace {
 const char* const filterExtensionsKey = "contentBrowserFilterExtensions";
@@ -236,4 +240,36 @@ void TdirectoryFilterProxy::onOptionVarChanged(Tclient* client, const Tmessage& 
     if (!TprefOptionVar::getOptionVarValue(Tstring(filterExtensionsKey), extensions))
         return;
     static_cast<TdirectoryFilterProxy*>(client)->setExtensions(extensions, true);
+}
+
+QStringList TdirectoryFilterProxy::mimeTypes() const
+{
+    return {QLatin1String(ORLOAssetBrowserDragMimeType), QStringLiteral("text/uri-list"), QStringLiteral("text/plain")};
+}
+
+QMimeData* TdirectoryFilterProxy::mimeData(const QModelIndexList& indexes) const
+{
+    auto* files = qobject_cast<QFileSystemModel*>(sourceModel());
+    if (!files)
+        return QSortFilterProxyModel::mimeData(indexes);
+    QStringList paths;
+    QSet<QString> seen;
+    for (const QModelIndex& index : indexes) {
+        const QString path = files->filePath(mapToSource(index.siblingAtColumn(0)));
+        if (!path.isEmpty() && !seen.contains(path)) {
+            seen.insert(path);
+            paths << path;
+        }
+    }
+    return TdragSupport::mimeDataFor(paths);
+}
+
+bool TdirectoryFilterProxy::canDropMimeData(const QMimeData*, Qt::DropAction, int, int, const QModelIndex&) const
+{
+    return false;
+}
+
+bool TdirectoryFilterProxy::dropMimeData(const QMimeData*, Qt::DropAction, int, int, const QModelIndex&)
+{
+    return false;
 }

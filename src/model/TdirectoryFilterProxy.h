@@ -41,6 +41,16 @@ public:
     // one, else the source's decoration. Every other role is the source's.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     void setSourceModel(QAbstractItemModel* sourceModel) override;
+    // Drags carry the items' paths in the browser's drag format (TdragSupport), each row
+    // once, in the order given.
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
+    // Nothing is ever dropped into a listing: a drop from elsewhere must not copy or move
+    // files into the folder shown.
+    bool canDropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                         const QModelIndex& parent) const override;
+    bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                      const QModelIndex& parent) override;
 
 Q_SIGNALS:
     // For the views' use; the proxy itself never emits it.

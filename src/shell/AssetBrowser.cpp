@@ -1,9 +1,16 @@
 #include "AssetBrowser.h"
 
+#include "BrowserListView.h"
+#include "BrowserTreeView.h"
 #include "PreviewPane.h"
 #include "SearchToolbar.h"
 #include "TcommandEngine.h"
+#include "TcontentKeyMap.h"
+#include "TcontentListView.h"
+#include "TcontentSearchBar.h"
+#include "TcontentTreeView.h"
 #include "TbrowserStrings.h"
+#include "TfavoritesDropTarget.h"
 #include "TfavoritesOrganizer.h"
 #include "TiceGlobalState.h"
 #include "Tint32Array.h"
@@ -15,8 +22,10 @@
 #include "TuiScale.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include <QAction>
+#include <QComboBox>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QMenuBar>
@@ -74,7 +83,23 @@ void AssetBrowser::initializeBrowser()
 {
     buildPanes();
     connectPanes();
+    setUpKeyboardAndDrops();
     applyVisibilityFlags();
+}
+
+void AssetBrowser::setUpKeyboardAndDrops()
+{
+    m_keyMap = new TcontentKeyMap(this, m_contentPane, m_pathBar);
+    connect(m_keyMap, &TcontentKeyMap::backRequested, this, &AssetBrowser::goBackHistory);
+    connect(m_keyMap, &TcontentKeyMap::forwardRequested, this, &AssetBrowser::goFwdHistory);
+    new TfavoritesDropTarget(m_sidePanel->favoritesOrganizer(), m_sidePanel->tabWidget());
+
+    // Tab: side panel, path bar, search field, content view, preview.
+    QWidget* order[] = {m_sidePanel->tabWidget(), m_pathBar->pathEdit(), m_contentPane->listWidget()->searchBar(),
+                        m_contentPane->listWidget()->listView(), m_contentPane->treeWidget()->searchBar(),
+                        m_contentPane->treeWidget()->treeView(), m_previewPanel};
+    for (size_t i = 1; i < std::size(order); ++i)
+        QWidget::setTabOrder(order[i - 1], order[i]);
 }
 
 void AssetBrowser::buildPanes()
@@ -190,7 +215,7 @@ void AssetBrowser::connectPanes()
     connect(m_pathBar, &SearchToolbar::backBtnClicked, this, &AssetBrowser::goBackHistory);
     connect(m_pathBar, &SearchToolbar::fwdBtnClicked, this, &AssetBrowser::goFwdHistory);
     connect(m_pathBar, &SearchToolbar::refreshBtnClicked, this,
-            [this]() { m_contentPane->setListViewRootIndex(m_contentPane->currentRootPath()); });
+            [this]() { m_contentPane->refresh(); });
 
     // Back and forward show a folder without recording it again.
     connect(this, &AssetBrowser::moveInHistory, m_contentPane, &ThumbnailPane::setListViewRootIndex);
@@ -225,14 +250,18 @@ void AssetBrowser::addItemToHistory(QString item)
 
 void AssetBrowser::goBackHistory()
 {
-    if (const std::optional<QString> path = m_history.back())
+    if (const std::optional<QString> path = m_history.back()) {
         Q_EMIT moveInHistory(*path);
+        m_contentPane->restoreFolderState();
+    }
 }
 
 void AssetBrowser::goFwdHistory()
 {
-    if (const std::optional<QString> path = m_history.forward())
+    if (const std::optional<QString> path = m_history.forward()) {
         Q_EMIT moveInHistory(*path);
+        m_contentPane->restoreFolderState();
+    }
 }
 
 void AssetBrowser::toggleListIconView()

@@ -12,6 +12,7 @@ class QHBoxLayout;
 class QShowEvent;
 class QSplitter;
 class SearchToolbar;
+class TcontentKeyMap;
 class ThumbnailPane;
 class TimportOptionsDialog;
 class TreeViewPane;
@@ -46,6 +47,8 @@ public:
     QWidget* previewContainer() const { return m_previewContainer; }
     QSplitter* mainSplitter() const { return m_mainSplitter; }
     QDialog* optionsDialog() const;
+    // The browser's keyboard shortcuts.
+    TcontentKeyMap* keyMap() const { return m_keyMap; }
 
 Q_SIGNALS:
     // Declared for hosts that watch the history; the browser never emits it.
@@ -81,11 +84,13 @@ private:
     void showFolder(const QString& path);
     void followSelection(const QString& path);
     void shareWidthWithContent();
+    void setUpKeyboardAndDrops();
 
     TreeViewPane* m_sidePanel = nullptr;
     ThumbnailPane* m_contentPane = nullptr;
     PreviewPane* m_previewPanel = nullptr;
     SearchToolbar* m_pathBar = nullptr;
+    TcontentKeyMap* m_keyMap = nullptr;
     TbrowserHistory m_history;
     TassetBrowserOptions m_options;
     QPointer<TimportOptionsDialog> m_optionsDialog;
