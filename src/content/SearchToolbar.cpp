@@ -11,6 +11,7 @@
 
 #include <QAbstractFileIconProvider>
 #include <QAbstractItemView>
+#include <QTimer>
 #include <QApplication>
 #include <QComboBox>
 #include <QCompleter>
@@ -198,12 +199,21 @@ void SearchToolbar::onToggleFilePathBar(bool visible)
 
 void SearchToolbar::onNewPathInput(const QString& path)
 {
-    if (path.isEmpty() || !validate(path))
+    // One Enter can arrive here twice: the field handles the key and, not taking it, passes it
+    // on to the combo box, which hands it to the field once more. Anything further within the
+    // same pass of the event loop is that same key.
+    if (m_inputInProgress)
         return;
-    const QFileInfo typed(existingForm(path));
-    Q_EMIT newPathSelected(normalise(path, true));
-    if (!typed.isDir())
-        Q_EMIT fileEntered(singleSlashes(typed.absoluteFilePath()));
+    m_inputInProgress = true;
+    const QPointer<SearchToolbar> self(this);
+    if (!path.isEmpty() && validate(path) && self) {
+        const QFileInfo typed(existingForm(path));
+        Q_EMIT newPathSelected(normalise(path, true));
+        if (self && !typed.isDir())
+            Q_EMIT fileEntered(singleSlashes(typed.absoluteFilePath()));
+    }
+    if (self)
+        QTimer::singleShot(0, this, [this] { m_inputInProgress = false; });
 }
 
 void SearchToolbar::onNewPathSelected(const QString& path)

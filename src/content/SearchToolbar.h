@@ -102,6 +102,8 @@ private:
     int m_barHeight;
     bool m_breadCrumbPreferred = true;
     bool m_warningShowing = false;
+    // Set while one typed path is handled and until the event loop next turns.
+    bool m_inputInProgress = false;
     bool m_breadCrumbMode = true;
     TfileSystemModel* m_folderModel = nullptr;
 };

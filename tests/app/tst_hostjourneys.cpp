@@ -10,13 +10,21 @@
 #include "ThostMainWindow.h"
 #include "ThostScreenshot.h"
 #include "ThumbnailPane.h"
+#include "SearchToolbar.h"
+#include "ThostConsole.h"
 #include "TrecordingHost.h"
 
 #include <QImage>
 #include <QListView>
 #include <QMenu>
 #include <QMenuBar>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QStatusBar>
+#include <QApplication>
 #include <QWindow>
+#include <QDialog>
+#include <QTimer>
 #include <QtTest>
 
 class TstHostJourneys : public QObject
@@ -29,6 +37,8 @@ private Q_SLOTS:
     void clickingFileAfterFileKeepsTheHostMenuAndPreviewInStep();
     void changingFolderClearsWhatTheSelectionShowed();
     void screenshotWaitsForTheListing();
+    void oneEnterInThePathBarIsOneNavigation_data();
+    void oneEnterInThePathBarIsOneNavigation();
 
 private:
     AssetBrowser* open(const QString& folder);
@@ -217,6 +227,68 @@ void TstHostJourneys::screenshotWaitsForTheListing()
     auto* browser = qobject_cast<AssetBrowser*>(m_window->browser());
     QCOMPARE(browser->contentPane()->proxy()->rowCount(browser->contentPane()->listWidget()->listView()->rootIndex()), 5);
     QVERIFY(!QImage(file).isNull());
+}
+
+void TstHostJourneys::oneEnterInThePathBarIsOneNavigation_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<bool>("exists");
+    QTest::newRow("folder") << QStringLiteral("props") << true;
+    QTest::newRow("folder with slash") << QStringLiteral("props/") << true;
+    QTest::newRow("missing") << QStringLiteral("nowhere") << false;
+}
+
+// The whole window, its real error display and all of the browser's connections: one Enter
+// is one navigation, or one warning.
+void TstHostJourneys::oneEnterInThePathBarIsOneNavigation()
+{
+    QFETCH(QString, typed);
+    QFETCH(bool, exists);
+    const QString shots = m_dir->filePath(QStringLiteral("shots"));
+    AssetBrowser* browser = open(shots);
+    QVERIFY(browser);
+    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
+    SearchToolbar* bar = browser->pathBar();
+    QSignalSpy selected(bar, &SearchToolbar::newPathSelected);
+    QStringList warnings;
+    connect(m_window->statusBar(), &QStatusBar::messageChanged, this, [&warnings](const QString& text) {
+        if (!text.isEmpty())
+            warnings << text;
+    });
+    const int historyBefore = browser->history().size();
+
+    // The not-found warning is modal: answer each one as the user would, counting them.
+    int warningBoxes = 0;
+    QTimer answer;
+    connect(&answer, &QTimer::timeout, this, [&warningBoxes]() {
+        for (QWidget* top : QApplication::topLevelWidgets()) {
+            auto* box = qobject_cast<QDialog*>(top);
+            if (box && box->isVisible() && box->objectName() == QLatin1String("directoryNotFoundWarning")) {
+                ++warningBoxes;
+                box->accept();
+            }
+        }
+    });
+    answer.start(20);
+
+    bar->onBreadCrumbFilePathBarClicked();
+    QComboBox* edit = bar->pathEdit();
+    QTRY_VERIFY(edit->isVisible());
+    edit->lineEdit()->selectAll();
+    QTest::keyClicks(edit->lineEdit(), m_dir->filePath(typed));
+    QTest::keyClick(edit->lineEdit(), Qt::Key_Return);
+    QCoreApplication::processEvents();
+    if (exists) {
+        QCOMPARE(selected.size(), 1);
+        QTRY_COMPARE(browser->contentPane()->currentRootPath(), m_dir->filePath(QStringLiteral("props")));
+        QCOMPARE(browser->history().size(), historyBefore + 1);
+        QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('|'))));
+        QCOMPARE(warningBoxes, 0);
+    } else {
+        QTRY_COMPARE(warningBoxes, 1);
+        QCOMPARE(selected.size(), 0);
+        QCOMPARE(browser->history().size(), historyBefore);
+    }
 }
 
 QTEST_MAIN(TstHostJourneys)
