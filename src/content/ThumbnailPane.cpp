@@ -461,6 +461,11 @@ void ThumbnailPane::setPanelsStatus(const Tint32Array& status)
         m_panelToggles.at(i)->setChecked(status[storedIndex[i]] != 0);
 }
 
+int ThumbnailPane::picturesPending() const
+{
+    return TthumbnailService::instance()->pendingCount();
+}
+
 QSize ThumbnailPane::sizeHint() const
 {
     return TuiScale::size(m_options, 800, 500);

@@ -63,6 +63,9 @@ class Tint32Array;
 class ThumbnailPane : public QWidget
 {
     Q_OBJECT
+    // How many pictures asked for by the views are still being made; read by hosts (through
+    // Qt's properties) that wait for the pane to settle, such as a screenshot.
+    Q_PROPERTY(int picturesPending READ picturesPending)
 
 public:
     // options: scaling, images and the host's popup-menu creator; not owned, may be null.
@@ -109,6 +112,8 @@ public:
     // values: projects, system, library, favorites tabs, path bar, preview tab, metadata tab
     // (non-zero = shown). Emits nothing; an array of another length changes nothing.
     void setPanelsStatus(const Tint32Array& status);
+
+    int picturesPending() const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
