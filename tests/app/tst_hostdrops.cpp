@@ -25,19 +25,12 @@
 #include <QWindow>
 #include <QtTest>
 
+#include "ThostJourney.h"
+
 #include <memory>
 
 namespace {
-QStringList commands()
-{
-    QStringList lines;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        // The file actions only: the browser also asks the host for its help menu and options.
-        if (entry.kind == TcommandRecord::Kind::Command && entry.command.startsWith(QLatin1String("performFile")))
-            lines << entry.command;
-    }
-    return lines;
-}
+using ThostJourney::fileCommands;
 
 QString quoted(const QString& path)
 {
@@ -106,26 +99,14 @@ void TstHostDrops::cleanup()
 
 AssetBrowser* TstHostDrops::open(const QString& folder)
 {
-    ThostMainWindow::Settings settings;
-    settings.preferenceDir = m_state->preferenceDir();
-    settings.startTab = QStringLiteral("system");
-    settings.startFolder = folder;
-    settings.forceStartFolder = true;
-    m_window = std::make_unique<ThostMainWindow>(settings);
-    m_window->resize(1400, 900);
-    m_window->show();
-    if (!QTest::qWaitForWindowExposed(m_window.get()))
-        return nullptr;
-    auto* browser = qobject_cast<AssetBrowser*>(m_window->browser());
-    if (browser)
-        browser->contentPane()->setIconViewVisible();
-    return browser;
+    ThostJourney::Opened opened = ThostJourney::open(m_state->preferenceDir(), folder);
+    m_window = std::move(opened.window);
+    return opened.browser;
 }
 
 QModelIndex TstHostDrops::gridIndex(const QString& path) const
 {
-    ThumbnailPane* pane = qobject_cast<AssetBrowser*>(m_window->browser())->contentPane();
-    return pane->proxy()->mapFromSource(pane->fileModel()->index(path));
+    return ThostJourney::gridIndex(qobject_cast<AssetBrowser*>(m_window->browser()), path);
 }
 
 void TstHostDrops::clickGrid(const QString& path, Qt::KeyboardModifiers modifiers)
@@ -180,7 +161,7 @@ void TstHostDrops::sceneDockBringsInEachDroppedFile()
     const QStringList files = paths.filter(QStringLiteral(".vela"));
     for (int i = 0; i < expected.size(); ++i)
         sent << expected.at(i) + QStringLiteral("( ") + quoted(files.at(i)) + QLatin1Char(')');
-    QCOMPARE(commands(), sent);
+    QCOMPARE(fileCommands(), sent);
     // Each took effect in the scene and shows in the dock and the console.
     QCOMPARE(scene->topLevelItemCount(), files.size());
     for (int i = 0; i < files.size(); ++i)
@@ -216,7 +197,7 @@ void TstHostDrops::pickSeveralImportThemAndDragMoreIntoTheScene()
         QStringLiteral("performFileSilentImportAction( \"%1\")").arg(file("shots/crate.vela")),
         QStringLiteral("performFileSilentImportAction( \"%1\")").arg(file("shots/barrel.vela")),
     };
-    QTRY_COMPARE(commands(), imports);
+    QTRY_COMPARE(fileCommands(), imports);
     QTRY_COMPARE(ThostScene::instance()->entries().size(), 3);
 
     // Two of them dragged onto the scene with Alt: referenced, one command each. The drag's
@@ -227,7 +208,7 @@ void TstHostDrops::pickSeveralImportThemAndDragMoreIntoTheScene()
     std::unique_ptr<QMimeData> data(grid->model()->mimeData(grid->selectionModel()->selectedIndexes()));
     TcommandEngine::clearRecord();
     QVERIFY(dropOn(m_window->sceneDock()->list()->viewport(), data.get(), Qt::AltModifier));
-    QCOMPARE(commands(), (QStringList{
+    QCOMPARE(fileCommands(), (QStringList{
                              QStringLiteral("performFileReferenceAction( \"%1\")").arg(file("shots/crate.vela")),
                              QStringLiteral("performFileReferenceAction( \"%1\")").arg(file("shots/barrel.vela")),
                          }));

@@ -27,6 +27,8 @@
 #include <QTimer>
 #include <QtTest>
 
+#include "ThostJourney.h"
+
 class TstHostJourneys : public QObject
 {
     Q_OBJECT
@@ -79,26 +81,14 @@ void TstHostJourneys::cleanup()
 
 AssetBrowser* TstHostJourneys::open(const QString& folder)
 {
-    ThostMainWindow::Settings settings;
-    settings.preferenceDir = m_state->preferenceDir();
-    settings.startTab = QStringLiteral("system");
-    settings.startFolder = folder;
-    settings.forceStartFolder = true;
-    m_window = std::make_unique<ThostMainWindow>(settings);
-    m_window->resize(1400, 900);
-    m_window->show();
-    if (!QTest::qWaitForWindowExposed(m_window.get()))
-        return nullptr;
-    auto* browser = qobject_cast<AssetBrowser*>(m_window->browser());
-    if (browser)
-        browser->contentPane()->setIconViewVisible();
-    return browser;
+    ThostJourney::Opened opened = ThostJourney::open(m_state->preferenceDir(), folder);
+    m_window = std::move(opened.window);
+    return opened.browser;
 }
 
 QModelIndex TstHostJourneys::gridIndex(const QString& path) const
 {
-    ThumbnailPane* pane = qobject_cast<AssetBrowser*>(m_window->browser())->contentPane();
-    return pane->proxy()->mapFromSource(pane->fileModel()->index(path));
+    return ThostJourney::gridIndex(qobject_cast<AssetBrowser*>(m_window->browser()), path);
 }
 
 void TstHostJourneys::clickGrid(const QString& path)

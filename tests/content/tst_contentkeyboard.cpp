@@ -26,27 +26,13 @@
 #include <QVBoxLayout>
 #include <QtTest>
 
+#include "ThostJourney.h"
+
 #include <memory>
 
 namespace {
-QStringList commands()
-{
-    QStringList lines;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        // The file actions only: the browser also asks the host for its help menu and options.
-        if (entry.kind == TcommandRecord::Kind::Command && entry.command.startsWith(QLatin1String("performFile")))
-            lines << entry.command;
-    }
-    return lines;
-}
-
-QStringList names(const QStringList& paths)
-{
-    QStringList out;
-    for (const QString& path : paths)
-        out << QFileInfo(path).fileName();
-    return out;
-}
+using ThostJourney::fileCommands;
+using ThostJourney::fileNames;
 } // namespace
 
 class TstContentKeyboard : public QObject
@@ -153,7 +139,7 @@ QModelIndex TstContentKeyboard::indexOf(const QString& name) const
 
 QStringList TstContentKeyboard::selected() const
 {
-    QStringList out = names(m_browser->contentPane()->selectedPaths());
+    QStringList out = fileNames(m_browser->contentPane()->selectedPaths());
     out.sort();
     return out;
 }
@@ -246,12 +232,12 @@ void TstContentKeyboard::enterOpensFoldersAndRunsTheDefaultActionOnFiles()
     // A file: the default action (the host's first action, import) for it.
     press(grid(), QStringLiteral("Home,Return"));
     const QString alpha = QDir(m_dir->path()).filePath(QStringLiteral("alpha.vela"));
-    QTRY_COMPARE(commands(), QStringList{QStringLiteral("performFileSilentImportAction( \"%1\")").arg(alpha)});
+    QTRY_COMPARE(fileCommands(), QStringList{QStringLiteral("performFileSilentImportAction( \"%1\")").arg(alpha)});
     // Several files: each, in order.
     press(grid(), QStringLiteral("Shift+Right,Enter"));
     const QString beta = QDir(m_dir->path()).filePath(QStringLiteral("beta.vela"));
-    QTRY_COMPARE(commands().size(), 3);
-    QCOMPARE(commands().mid(1), (QStringList{QStringLiteral("performFileSilentImportAction( \"%1\")").arg(alpha),
+    QTRY_COMPARE(fileCommands().size(), 3);
+    QCOMPARE(fileCommands().mid(1), (QStringList{QStringLiteral("performFileSilentImportAction( \"%1\")").arg(alpha),
                                              QStringLiteral("performFileSilentImportAction( \"%1\")").arg(beta)}));
     // A folder opens, and is recorded in the history.
     press(grid(), QStringLiteral("End,Left,Return"));
@@ -362,7 +348,7 @@ void TstContentKeyboard::renameAndNewFolder()
     QTest::keyClicks(editor, QStringLiteral("renamed.vela"));
     press(editor, QStringLiteral("Return"));
     QTRY_VERIFY(QFileInfo::exists(QDir(m_dir->path()).filePath(QStringLiteral("renamed.vela"))));
-    QVERIFY(commands().isEmpty());
+    QVERIFY(fileCommands().isEmpty());
 
     press(grid(), QStringLiteral("Ctrl+Shift+N"));
     const QString created = QDir(m_dir->path()).filePath(kContentBrowserRBMNewDir.asQString());
@@ -459,7 +445,7 @@ void TstContentKeyboard::shortcutsDoNotFireWithTheFocusOutside()
     QVERIFY(!QApplication::activePopupWidget());
     QCoreApplication::processEvents();
     QCOMPARE(QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
-    QVERIFY(commands().isEmpty());
+    QVERIFY(fileCommands().isEmpty());
 }
 
 void TstContentKeyboard::selectionSurvivesRefreshSortAndViewChange()

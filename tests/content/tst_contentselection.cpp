@@ -30,27 +30,13 @@
 #include <QWindow>
 #include <QtTest>
 
+#include "ThostJourney.h"
+
 #include <memory>
 
 namespace {
-QStringList commands()
-{
-    QStringList lines;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        // The file actions only: the browser also asks the host for its help menu and options.
-        if (entry.kind == TcommandRecord::Kind::Command && entry.command.startsWith(QLatin1String("performFile")))
-            lines << entry.command;
-    }
-    return lines;
-}
-
-QStringList names(const QStringList& paths)
-{
-    QStringList out;
-    for (const QString& path : paths)
-        out << QFileInfo(path).fileName();
-    return out;
-}
+using ThostJourney::fileCommands;
+using ThostJourney::fileNames;
 
 // Sends a drag's enter, move and drop to widget at point; returns whether the drop was taken.
 bool dropOn(QWidget* widget, const QPoint& point, QMimeData* data, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
@@ -215,7 +201,7 @@ void TstContentSelection::mouseSelection()
         name = step.mid(step.indexOf(QLatin1Char(':')) + 1);
         click(detail, name, modifiers);
     }
-    QStringList selected = names(m_browser->contentPane()->selectedPaths());
+    QStringList selected = fileNames(m_browser->contentPane()->selectedPaths());
     // The order of a range is the view's; the order of single picks is the user's.
     if (clicks.filter(QStringLiteral("shift:")).isEmpty())
         QCOMPARE(selected, expected);
@@ -264,7 +250,7 @@ void TstContentSelection::rubberBand()
             expected << QLatin1String(name);
     }
     QVERIFY2(expected.size() >= 2 && !expected.contains(QLatin1String("alpha.vela")), qPrintable(expected.join(';')));
-    QStringList selected = names(m_browser->contentPane()->selectedPaths());
+    QStringList selected = fileNames(m_browser->contentPane()->selectedPaths());
     selected.sort();
     QCOMPARE(selected, expected);
 }
@@ -277,7 +263,7 @@ void TstContentSelection::oneClickStillSelectsOne()
     QSignalSpy clicked(pane, &ThumbnailPane::newPathClicked);
     click(false, QStringLiteral("alpha.vela"));
     click(false, QStringLiteral("gamma.png"));
-    QCOMPARE(names(pane->selectedPaths()), QStringList{"gamma.png"});
+    QCOMPARE(fileNames(pane->selectedPaths()), QStringList{"gamma.png"});
     QAbstractItemView* grid = view(false);
     const QPoint corner(grid->viewport()->width() - 3, grid->viewport()->height() - 3);
     QTest::mouseClick(m_browser->windowHandle(), Qt::LeftButton, Qt::NoModifier,
@@ -341,7 +327,7 @@ void TstContentSelection::importAndReferenceRunOncePerFileInSelectionOrder()
         wanted << (reference ? QStringLiteral("performFileReferenceAction( \"%1\")")
                              : QStringLiteral("performFileSilentImportAction( \"%1\")"))
                       .arg(pathOf(name));
-    QTRY_COMPARE(commands(), wanted);
+    QTRY_COMPARE(fileCommands(), wanted);
 }
 
 void TstContentSelection::addToFavoritesAddsEach()
@@ -504,7 +490,7 @@ void TstContentSelection::dropsFromOutsideChangeNothing()
     QCoreApplication::processEvents();
     QCOMPARE(QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
     QVERIFY(QFileInfo::exists(outside.fileName()));
-    QVERIFY(commands().isEmpty());
+    QVERIFY(fileCommands().isEmpty());
 }
 
 void TstContentSelection::dropsOnTheFavoritesTabAddFavorites()
