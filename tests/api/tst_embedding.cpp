@@ -49,10 +49,8 @@ class TstEmbedding : public QObject
 
 private Q_SLOTS:
     void defaults();
-    void settersReplaceOneMember();
     void copyReplacesEveryMember_data();
     void copyReplacesEveryMember();
-    void copyOntoItselfChangesNothing();
     void callbackInterfacesKeepTheirSlots();
     void browserOperationsFollowQWidget();
     void factoryKeepsItsOwnCopy();
@@ -74,80 +72,48 @@ void TstEmbedding::defaults()
     QVERIFY(o.appDir().empty());
 }
 
-void TstEmbedding::settersReplaceOneMember()
-{
-    Fakes f;
-    TassetBrowserOptions o;
-    o.setWantPreviewPanel(false);
-    QVERIFY(!o.wantPreviewPanel());
-    QVERIFY(o.wantTreeViewPanel() && o.wantThumbnailViewPanel());
-    o.setPopupMenuCreator(&f.host);
-    QCOMPARE(o.popupMenuCreator(), static_cast<TabPopupMenuCreator*>(&f.host));
-    QVERIFY(!o.imageLoader() && !o.dpiScaling() && !o.projectSidebarManager());
-    o.setAppDir("/opt/app");
-    QCOMPARE(o.appDir(), std::string("/opt/app"));
-    QVERIFY(o.preferenceDir().empty());
-    // The getters hand out copies: changing one never reaches the record.
-    std::string dir = o.appDir();
-    dir += "/changed";
-    QCOMPARE(o.appDir(), std::string("/opt/app"));
-}
-
 void TstEmbedding::copyReplacesEveryMember_data()
 {
-    QTest::addColumn<bool>("sourceHasPointers");
-    QTest::newRow("pointers set in source") << true;
-    QTest::newRow("null pointers in source") << false;
+    QTest::addColumn<QString>("source");
+    QTest::newRow("pointers set in source") << "pointers";
+    QTest::newRow("null pointers in source") << "null";
+    QTest::newRow("onto itself") << "itself";
 }
 
 void TstEmbedding::copyReplacesEveryMember()
 {
-    QFETCH(bool, sourceHasPointers);
+    QFETCH(QString, source);
+    const bool pointers = source != QLatin1String("null");
+    const std::string prefs = source == QLatin1String("itself") ? std::string(300, 'p') : "/prefs/\xc3\xa9t\xc3\xa9";
     Fakes a;
     Fakes b;
-    TassetBrowserOptions source = sourceHasPointers ? a.host.options() : TassetBrowserOptions();
-    if (sourceHasPointers)
-        source.setBrowserMenu(&a.menu);
-    source.setWantTreeViewPanel(false);
-    source.setWantThumbnailViewPanel(false);
-    source.setWantPreviewPanel(true);
-    source.setPreferenceDir("/prefs/\xc3\xa9t\xc3\xa9");
-    source.setAppDir("");
+    TassetBrowserOptions from = pointers ? a.host.options() : TassetBrowserOptions();
+    if (pointers)
+        from.setBrowserMenu(&a.menu);
+    from.setWantTreeViewPanel(false);
+    from.setWantThumbnailViewPanel(false);
+    from.setWantPreviewPanel(true);
+    from.setPreferenceDir(prefs);
+    from.setAppDir("");
 
-    TassetBrowserOptions target = b.host.options();
-    target.setBrowserMenu(&b.menu);
-    target.setWantPreviewPanel(false);
-    target.setAppDir("/old/app");
-    target.setPreferenceDir("/old/prefs");
-    target.copy(source);
+    TassetBrowserOptions other = b.host.options();
+    other.setBrowserMenu(&b.menu);
+    other.setWantPreviewPanel(false);
+    other.setAppDir("/old/app");
+    other.setPreferenceDir("/old/prefs");
+    TassetBrowserOptions& target = source == QLatin1String("itself") ? from : other;
+    target.copy(from);
 
     QCOMPARE(target.wantTreeViewPanel(), false);
     QCOMPARE(target.wantThumbnailViewPanel(), false);
     QCOMPARE(target.wantPreviewPanel(), true);
-    QCOMPARE(target.imageLoader(), source.imageLoader());
-    QCOMPARE(target.popupMenuCreator(), source.popupMenuCreator());
-    QCOMPARE(target.projectSidebarManager(), source.projectSidebarManager());
-    QCOMPARE(target.dpiScaling(), source.dpiScaling());
-    QCOMPARE(target.browserMenu(), source.browserMenu());
-    QCOMPARE(target.preferenceDir(), source.preferenceDir());
+    QCOMPARE(target.imageLoader(), pointers ? static_cast<TabImageLoader*>(&a.host) : nullptr);
+    QCOMPARE(target.popupMenuCreator(), pointers ? static_cast<TabPopupMenuCreator*>(&a.host) : nullptr);
+    QCOMPARE(target.projectSidebarManager(), pointers ? static_cast<TabProjectSidebarManager*>(&a.host) : nullptr);
+    QCOMPARE(target.dpiScaling(), pointers ? static_cast<TabDpiScaling*>(&a.host) : nullptr);
+    QCOMPARE(target.browserMenu(), pointers ? &a.menu : nullptr);
+    QCOMPARE(target.preferenceDir(), prefs);
     QCOMPARE(target.appDir(), std::string());
-}
-
-void TstEmbedding::copyOntoItselfChangesNothing()
-{
-    Fakes f;
-    TassetBrowserOptions o = f.host.options();
-    o.setBrowserMenu(&f.menu);
-    o.setWantThumbnailViewPanel(false);
-    o.setPreferenceDir(std::string(300, 'p'));
-    o.setAppDir("/app");
-    o.copy(o);
-    QCOMPARE(o.dpiScaling(), static_cast<TabDpiScaling*>(&f.host));
-    QCOMPARE(o.imageLoader(), static_cast<TabImageLoader*>(&f.host));
-    QCOMPARE(o.browserMenu(), &f.menu);
-    QVERIFY(!o.wantThumbnailViewPanel());
-    QCOMPARE(o.preferenceDir(), std::string(300, 'p'));
-    QCOMPARE(o.appDir(), std::string("/app"));
 }
 
 void TstEmbedding::callbackInterfacesKeepTheirSlots()

@@ -3,6 +3,7 @@
 #include "ThostPopupMenuCreator.h"
 #include "ThostScene.h"
 #include "TrecordingHost.h"
+#include "TtestFiles.h"
 
 #include "TcommandEngine.h"
 #include "TprefOptionVar.h"
@@ -238,21 +239,14 @@ private Q_SLOTS:
     }
 
 private:
-    QString make(const QString& relative, const QByteArray& bytes = QByteArray("x"));
+    QString make(const QString& relative, const QByteArray& bytes = QByteArray("x"))
+    {
+        return TtestFiles::make(m_dir->path(), relative, bytes);
+    }
 
     std::unique_ptr<TfreshHostState> m_fresh;
     std::unique_ptr<QTemporaryDir> m_dir;
 };
-
-QString TestHostFileCommands::make(const QString& relative, const QByteArray& bytes)
-{
-    const QString path = m_dir->filePath(relative);
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        return QString();
-    return path;
-}
 
 QTEST_MAIN(TestHostFileCommands)
 #include "tst_hostfilecommands.moc"

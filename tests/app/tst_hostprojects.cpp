@@ -4,6 +4,7 @@
 #include "ThostProjects.h"
 #include "ThostSampleLibrary.h"
 #include "TrecordingHost.h"
+#include "TtestFiles.h"
 
 #include "Tclient.h"
 #include "TcommandEngine.h"
@@ -263,7 +264,10 @@ private Q_SLOTS:
     }
 
 private:
-    QString make(const QString& relative, const QByteArray& bytes);
+    QString make(const QString& relative, const QByteArray& bytes)
+    {
+        return TtestFiles::make(m_dir->path(), relative, bytes);
+    }
     void makeProjects()
     {
         make(QStringLiteral("Projects/Bay/workspace.vproj"),
@@ -278,16 +282,6 @@ private:
     std::unique_ptr<TfreshHostState> m_fresh;
     std::unique_ptr<QTemporaryDir> m_dir;
 };
-
-QString TestHostProjects::make(const QString& relative, const QByteArray& bytes)
-{
-    const QString path = m_dir->filePath(relative);
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        return QString();
-    return path;
-}
 
 QTEST_MAIN(TestHostProjects)
 #include "tst_hostprojects.moc"

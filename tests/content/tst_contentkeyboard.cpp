@@ -42,7 +42,6 @@ class TstContentKeyboard : public QObject
 private Q_SLOTS:
     void init();
     void cleanup();
-    void gridTakesFocusAndArrowsMoveInIt();
     void keyboardSelection_data();
     void keyboardSelection();
     void enterOpensFoldersAndRunsTheDefaultActionOnFiles();
@@ -157,23 +156,6 @@ void TstContentKeyboard::press(QWidget* target, const QString& keys)
         const QKeyCombination combination = sequence[0];
         QTest::keyClick(target, combination.key(), combination.keyboardModifiers());
     }
-}
-
-void TstContentKeyboard::gridTakesFocusAndArrowsMoveInIt()
-{
-    QCOMPARE(grid()->focusPolicy(), Qt::StrongFocus);
-    QCOMPARE(grid()->selectionMode(), QAbstractItemView::ExtendedSelection);
-    QCOMPARE(list()->selectionMode(), QAbstractItemView::ExtendedSelection);
-    grid()->setFocus();
-    QTRY_VERIFY(grid()->hasFocus());
-    const QString before = m_browser->contentPane()->currentRootPath();
-    press(grid(), QStringLiteral("Home,Right"));
-    QCOMPARE(current(), QStringLiteral("beta.vela"));
-    QVERIFY(grid()->hasFocus());
-    // Right in the grid moves, it never opens anything.
-    press(grid(), QStringLiteral("End"));
-    QCOMPARE(current(), QStringLiteral("zeta"));
-    QCOMPARE(m_browser->contentPane()->currentRootPath(), before);
 }
 
 void TstContentKeyboard::keyboardSelection_data()

@@ -5,6 +5,8 @@
 #include "TcontentWidget.h"
 #include "ThostCommands.h"
 #include "TrecordingHost.h"
+#include "TtestContentWidget.h"
+#include "TtestRecord.h"
 #include "TvslCmdResult.h"
 
 #include <QApplication>
@@ -24,45 +26,12 @@
 
 namespace {
 
-class TtestContentWidget : public TcontentWidget
-{
-public:
-    TtestContentWidget(const TassetBrowserOptions* options, const QString& name, QWidget* parent)
-        : TcontentWidget(options, name, parent)
-        , m_view(new QListView(this))
-    {
-        verticalLayout()->addWidget(m_view);
-    }
-
-    QAbstractItemView* contentView() const override { return m_view; }
-    QListView* view() const { return m_view; }
-
-private:
-    QListView* m_view;
-};
-
 QString tabs(int count)
 {
     return QString(count, QLatin1Char('\t'));
 }
 
-QStringList commandsNamed(const QString& name)
-{
-    QStringList lines;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Command && entry.name == name)
-            lines << entry.command;
-    }
-    return lines;
-}
-
-QStringList allCommands()
-{
-    QStringList lines;
-    for (const TcommandRecord& entry : TcommandEngine::record())
-        lines << entry.command;
-    return lines;
-}
+using TtestRecord::commands;
 
 } // namespace
 
@@ -182,7 +151,7 @@ void TestContentWidget::helpMenuCommands()
         "addContextHelpProc \"" + fullName + "\" \"contentBrowserBuildContextHelpItems\"",
         "doHelpMenuItems \"" + fullName + "\" \"HelpMenu\"",
     };
-    const QStringList sent = allCommands();
+    const QStringList sent = commands();
     QVERIFY2(sent == expected, qPrintable(sent.join(QLatin1String("\n"))));
     QCOMPARE(widget->helpMenu(), m_madeMenus.constFirst().data());
     QCOMPARE(TcontentWidget::helpMenuName(), QStringLiteral("HelpMenu"));
@@ -216,7 +185,7 @@ void TestContentWidget::hostileNamesStayOneWord()
     const QString fullName = windowName + u'|' + widgetName;
 
     // The host reads each command back as exactly the words the browser meant.
-    const QStringList sent = allCommands();
+    const QStringList sent = commands();
     QVERIFY2(sent.size() == 3, tag);
     QStringList words;
     QVERIFY2(ThostCommands::tokenize(sent.at(1), words), tag);
@@ -232,12 +201,12 @@ void TestContentWidget::helpMenuIsMadeOnceForAllWidgets()
     TtestContentWidget* first = makeWidget(QStringLiteral("listView"));
     TtestContentWidget* second = makeWidget(QStringLiteral("treeView"));
 
-    QCOMPARE(commandsNamed(QStringLiteral("menu")).size(), 1);
+    QCOMPARE(commands(QStringLiteral("menu")).size(), 1);
     QCOMPARE(second->helpMenu(), first->helpMenu());
-    QCOMPARE(commandsNamed(QStringLiteral("addContextHelpProc")),
+    QCOMPARE(commands(QStringLiteral("addContextHelpProc")),
              QStringList({"addContextHelpProc \"hostWindow|listView\" \"contentBrowserBuildContextHelpItems\"",
                           "addContextHelpProc \"hostWindow|treeView\" \"contentBrowserBuildContextHelpItems\""}));
-    QCOMPARE(commandsNamed(QStringLiteral("doHelpMenuItems")),
+    QCOMPARE(commands(QStringLiteral("doHelpMenuItems")),
              QStringList({"doHelpMenuItems \"hostWindow|listView\" \"HelpMenu\"",
                           "doHelpMenuItems \"hostWindow|treeView\" \"HelpMenu\""}));
 
@@ -245,7 +214,7 @@ void TestContentWidget::helpMenuIsMadeOnceForAllWidgets()
     delete m_madeMenus.constFirst().data();
     QVERIFY(!first->helpMenu());
     TtestContentWidget* third = makeWidget(QStringLiteral("thirdView"));
-    QCOMPARE(commandsNamed(QStringLiteral("menu")).size(), 2);
+    QCOMPARE(commands(QStringLiteral("menu")).size(), 2);
     QVERIFY(third->helpMenu());
     QCOMPARE(third->helpMenu(), m_madeMenus.constLast().data());
 }
@@ -256,7 +225,7 @@ void TestContentWidget::helpButtonWithoutHostMenu()
     TtestContentWidget* first = makeWidget(QStringLiteral("listView"));
     m_window->show();
     QVERIFY(!first->helpMenu());
-    QCOMPARE(allCommands().size(), 1);
+    QCOMPARE(commands().size(), 1);
 
     QTest::mouseClick(first->helpButton(), Qt::LeftButton);
     QVERIFY(!QApplication::activePopupWidget());
@@ -264,7 +233,7 @@ void TestContentWidget::helpButtonWithoutHostMenu()
     // Each widget tries again until the host manages.
     installHelpHost();
     TtestContentWidget* second = makeWidget(QStringLiteral("treeView"));
-    QCOMPARE(commandsNamed(QStringLiteral("menu")).size(), 2);
+    QCOMPARE(commands(QStringLiteral("menu")).size(), 2);
     QVERIFY(second->helpMenu());
 }
 

@@ -4,6 +4,8 @@
 #include "TcontentWidget.h"
 #include "ThostHelpCommands.h"
 #include "TrecordingHost.h"
+#include "TtestContentWidget.h"
+#include "TtestRecord.h"
 #include "TvslCmdResult.h"
 
 #include <QAction>
@@ -20,35 +22,11 @@
 
 namespace {
 
-class TtestContentWidget : public TcontentWidget
-{
-public:
-    TtestContentWidget(const TassetBrowserOptions* options, const QString& name, QWidget* parent)
-        : TcontentWidget(options, name, parent)
-        , m_view(new QListView(this))
-    {
-        verticalLayout()->addWidget(m_view);
-    }
-
-    QAbstractItemView* contentView() const override { return m_view; }
-
-private:
-    QListView* m_view;
-};
-
 Tstring toT(const QString& text)
 {
     Tstring out;
     Tstring_fromQString(text, out);
     return out;
-}
-
-int countCommands(const QString& name)
-{
-    const auto& record = TcommandEngine::record();
-    return int(std::count_if(record.begin(), record.end(), [&](const TcommandRecord& entry) {
-        return entry.kind == TcommandRecord::Kind::Command && entry.name == name;
-    }));
 }
 
 QStringList actionTexts(const QMenu* menu)
@@ -132,7 +110,7 @@ void TestHostHelpCommands::contentWidgetsGetTheHostHelpMenu()
     QCOMPARE(menu->title(), QStringLiteral("&Help"));
     QVERIFY(menu->isTearOffEnabled());
     // Both widgets' help procedures ran, each with its own name; the topics show once.
-    QCOMPARE(countCommands(QStringLiteral("contentBrowserBuildContextHelpItems")), 1 + 2);
+    QCOMPARE(int(TtestRecord::commands(QStringLiteral("contentBrowserBuildContextHelpItems")).size()), 1 + 2);
     QCOMPARE(actionTexts(menu), kHelpEntries);
     for (const TcommandRecord& entry : TcommandEngine::record())
         QVERIFY2(entry.ok, qPrintable(entry.command + QStringLiteral(" = ") + entry.answer));
@@ -179,7 +157,7 @@ void TestHostHelpCommands::itemsRebuiltOnOpening()
     QVERIFY(menu);
     Q_EMIT menu->aboutToShow();
     Q_EMIT menu->aboutToShow();
-    QCOMPARE(countCommands(QStringLiteral("contentBrowserBuildContextHelpItems")), runs);
+    QCOMPARE(int(TtestRecord::commands(QStringLiteral("contentBrowserBuildContextHelpItems")).size()), runs);
     QCOMPARE(actionTexts(menu), kHelpEntries);
 }
 

@@ -3,6 +3,7 @@
 #include "TbrowserStrings.h"
 #include "TcommandEngine.h"
 #include "TrecordingHost.h"
+#include "TtestRecord.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -97,15 +98,7 @@ QStringList listed(const QComboBox* edit)
     return items;
 }
 
-QStringList errorsShown()
-{
-    QStringList texts;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Error)
-            texts << entry.answer;
-    }
-    return texts;
-}
+using TtestRecord::errors;
 
 // The breadcrumb's shown button of a kind for a folder; no folder for the history button.
 QAbstractButton* crumbButton(const QvelaBreadCrumb* crumb, const char* kind, const QString& path = QString())
@@ -306,7 +299,7 @@ void TestSearchToolbar::acceptedPaths()
     QVERIFY2(m_boxes->seen.isEmpty(), qPrintable(row + ": warned"));
     const QStringList expectedErrors =
         fileReported ? QStringList{kContentBrowserDirectoryNotGivenError.asQString()} : QStringList();
-    QVERIFY2(errorsShown() == expectedErrors, qPrintable(row + ": errors " + errorsShown().join(QLatin1Char('|'))));
+    QVERIFY2(errors() == expectedErrors, qPrintable(row + ": errors " + errors().join(QLatin1Char('|'))));
     if (typed) {
         QVERIFY2(selected.size() == 1 && selected.at(0).at(0).toString() == result, qPrintable(row + ": chosen"));
         // A typed file is handed on after its folder, for the content pane to select it.
@@ -381,7 +374,7 @@ void TestSearchToolbar::missingPathsAreRefused()
     QVERIFY2(selected.isEmpty(), qPrintable(row + ": navigated"));
     QVERIFY2(m_bar->breadCrumb()->getPath() == before, qPrintable(row + ": breadcrumb " + m_bar->breadCrumb()->getPath()));
     QVERIFY2(listed(m_bar->pathEdit()) == QStringList{before}, qPrintable(row + ": list " + listed(m_bar->pathEdit()).join(QLatin1Char('|'))));
-    QVERIFY2(errorsShown().isEmpty(), qPrintable(row + ": host error shown"));
+    QVERIFY2(errors().isEmpty(), qPrintable(row + ": host error shown"));
 
     m_boxes->seen.clear();
 

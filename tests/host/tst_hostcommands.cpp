@@ -5,6 +5,7 @@
 #include "TstringId.h"
 #include "TstringTable.h"
 #include "TvslCmdResult.h"
+#include "TtestRecord.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -27,16 +28,6 @@ public:
 };
 
 int CountedScriptAction::alive = 0;
-
-QStringList commandLines()
-{
-    QStringList lines;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Command)
-            lines.append(entry.command);
-    }
-    return lines;
-}
 
 } // namespace
 
@@ -220,7 +211,7 @@ private Q_SLOTS:
         QCOMPARE(CountedScriptAction::alive, 1);
 
         QTRY_COMPARE(CountedScriptAction::alive, 0);
-        QCOMPARE(commandLines(), QStringList{command});
+        QCOMPARE(TtestRecord::commands(), QStringList{command});
         const TcommandRecord& entry = TcommandEngine::record().last();
         QVERIFY(entry.echo && entry.undoable && entry.handled && entry.ok);
     }
@@ -234,7 +225,7 @@ private Q_SLOTS:
 
         // Runs are taken in order, so once the later one has gone the first had its turn.
         QTRY_COMPARE(CountedScriptAction::alive, 0);
-        QCOMPARE(commandLines(), QStringList{"later"});
+        QCOMPARE(TtestRecord::commands(), QStringList{"later"});
     }
 
     void hostActionRunsItsScript()
@@ -246,7 +237,7 @@ private Q_SLOTS:
         Taction scripted(QStringLiteral("Set Project"), nullptr);
         scripted.setScript("setProjectFromFileDialog");
         scripted.trigger();
-        QCOMPARE(commandLines(), QStringList{"setProjectFromFileDialog"});
+        QCOMPARE(TtestRecord::commands(), QStringList{"setProjectFromFileDialog"});
     }
 };
 

@@ -5,6 +5,7 @@
 #include "TprefOptionVar.h"
 #include "Tstring.h"
 #include "TstringArray.h"
+#include "TtestFiles.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -18,12 +19,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
 #include <limits>
 #include <memory>
 
 #ifdef Q_OS_UNIX
-#include <sys/resource.h>
 #include <sys/stat.h>
 #endif
 
@@ -31,17 +30,8 @@ namespace {
 
 const Tstring contentBrowser("Content Browser");
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-bool writeAll(const QString& path, const QByteArray& data)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
-}
+using TtestFiles::readBytes;
+using TtestFiles::writeBytes;
 
 struct Listener : Tclient
 {
@@ -169,7 +159,7 @@ private Q_SLOTS:
         TprefOptionVar::removeOptionVar("aFilter");
         TprefOptionVar::flush();
 
-        const QJsonObject stored = QJsonDocument::fromJson(readAll(path)).object().value("optionVars").toObject();
+        const QJsonObject stored = QJsonDocument::fromJson(readBytes(path)).object().value("optionVars").toObject();
         QCOMPARE(QStringList(stored.keys()), QStringList{"aThumbnailSize"});
         QCOMPARE(stored.value("aThumbnailSize").toObject().value("value").toInt(), 128);
         // No temporary files are left behind next to the store.
@@ -197,14 +187,14 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         const QByteArray row = QTest::currentDataTag();
         const QDir dir(m_dir->path());
-        QVERIFY2(writeAll(dir.filePath("optionVars.json"), content), row);
+        QVERIFY2(writeBytes(dir.filePath("optionVars.json"), content), row);
 
         TprefOptionVar::setPreferenceDirectory(dir.path());
 
         QVERIFY2(TprefOptionVar::keys().isEmpty(), row);
         QVERIFY2(!dir.exists("optionVars.json"), row);
         const QStringList aside = dir.entryList({"optionVars.json.corrupt-*"}, QDir::Files);
-        QVERIFY2(aside.size() == 1 && readAll(dir.filePath(aside.first())) == content, row);
+        QVERIFY2(aside.size() == 1 && readBytes(dir.filePath(aside.first())) == content, row);
         QVERIFY2(m_errors.size() == 1 && m_errors.first().contains(aside.first()), row);
 
         // The store carries on writing a fresh file, without a second message.
@@ -221,20 +211,20 @@ private Q_SLOTS:
         QStringList taken;
         for (int s = 0; s <= 2; ++s) {
             const QString name = "optionVars.json.corrupt-" + now.addSecs(s).toString("yyyyMMdd-hhmmss");
-            QVERIFY(writeAll(dir.filePath(name), "earlier " + name.toUtf8()));
+            QVERIFY(writeBytes(dir.filePath(name), "earlier " + name.toUtf8()));
             taken.append(name);
         }
-        QVERIFY(writeAll(dir.filePath("optionVars.json"), "garbage"));
+        QVERIFY(writeBytes(dir.filePath("optionVars.json"), "garbage"));
 
         TprefOptionVar::setPreferenceDirectory(dir.path());
 
         for (const QString& name : taken)
-            QCOMPARE(readAll(dir.filePath(name)), "earlier " + name.toUtf8());
+            QCOMPARE(readBytes(dir.filePath(name)), "earlier " + name.toUtf8());
         const QStringList aside = dir.entryList({"optionVars.json.corrupt-*"}, QDir::Files);
         QCOMPARE(aside.size(), taken.size() + 1);
         bool found = false;
         for (const QString& name : aside)
-            found = found || readAll(dir.filePath(name)) == "garbage";
+            found = found || readBytes(dir.filePath(name)) == "garbage";
         QVERIFY(found);
     }
 
@@ -242,7 +232,7 @@ private Q_SLOTS:
     {
         // A folder below a plain file can never be created.
         const QString blocker = QDir(m_dir->path()).filePath("file");
-        QVERIFY(writeAll(blocker, "x"));
+        QVERIFY(writeBytes(blocker, "x"));
         TprefOptionVar::setPreferenceDirectory(blocker + "/prefs");
 
         TprefOptionVar::setOptionVarValue("a", 1, contentBrowser);
@@ -264,8 +254,8 @@ private Q_SLOTS:
         // Nothing is written while the pass that made the changes runs.
         QVERIFY(!QFileInfo::exists(path));
 
-        QTRY_VERIFY(QJsonDocument::fromJson(readAll(path)).object().value("optionVars").toObject().size() == 199);
-        const QJsonObject stored = QJsonDocument::fromJson(readAll(path)).object().value("optionVars").toObject();
+        QTRY_VERIFY(QJsonDocument::fromJson(readBytes(path)).object().value("optionVars").toObject().size() == 199);
+        const QJsonObject stored = QJsonDocument::fromJson(readBytes(path)).object().value("optionVars").toObject();
         QVERIFY(!stored.contains("many7"));
         QCOMPARE(stored.value("many199").toObject().value("value").toInt(), 199);
         QVERIFY(m_errors.isEmpty());
@@ -280,23 +270,18 @@ private Q_SLOTS:
         TprefOptionVar::setOptionVarValue("kept", 1, contentBrowser);
         TprefOptionVar::flush();
         const QString path = TprefOptionVar::storeFilePath();
-        const QByteArray before = readAll(path);
+        const QByteArray before = readBytes(path);
 
-        // A file size limit below the new file's size fails its writes as a full disk would.
-        rlimit saved {};
-        QVERIFY(::getrlimit(RLIMIT_FSIZE, &saved) == 0);
-        const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit small = saved;
-        small.rlim_cur = rlim_t(before.size());
-        QVERIFY(::setrlimit(RLIMIT_FSIZE, &small) == 0);
-        TprefOptionVar::setOptionVarValue("added", Tstring(QString(500, u'x')), contentBrowser);
-        TprefOptionVar::flush();
-        TprefOptionVar::setOptionVarValue("addedToo", 2, contentBrowser);
-        TprefOptionVar::flush();
-        ::setrlimit(RLIMIT_FSIZE, &saved);
-        std::signal(SIGXFSZ, previousHandler);
+        {
+            const TtestFiles::TfileSizeLimit full(before.size());
+            QVERIFY(full.isSet());
+            TprefOptionVar::setOptionVarValue("added", Tstring(QString(500, u'x')), contentBrowser);
+            TprefOptionVar::flush();
+            TprefOptionVar::setOptionVarValue("addedToo", 2, contentBrowser);
+            TprefOptionVar::flush();
+        }
 
-        QCOMPARE(readAll(path), before);
+        QCOMPARE(readBytes(path), before);
         QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"optionVars.json"});
         QCOMPARE(TprefOptionVar::intValue("addedToo", 0), 2);
         QCOMPARE(m_errors.size(), 1);
@@ -369,18 +354,9 @@ private Q_SLOTS:
 #ifndef Q_OS_UNIX
         QSKIP("needs FIFOs");
 #else
-        // Opening the FIFO would wait for a writer for ever: the risky part runs in a child
-        // process that is killed if it does not finish.
-        QProcess child;
-        child.setProcessChannelMode(QProcess::MergedChannels);
-        child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--fifo-child"), m_dir->path()});
-        QVERIFY(child.waitForStarted());
-        const bool finished = child.waitForFinished(30000);
-        if (!finished)
-            child.kill();
-        QVERIFY2(finished, "starting the store with a FIFO in place did not finish");
-        const QByteArray output = child.readAll();
-        QVERIFY2(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0, output.constData());
+        // Opening the FIFO would wait for a writer for ever: the risky part runs in a child.
+        const QString failure = TtestFiles::runChild(QCoreApplication::applicationFilePath(), {"--fifo-child", m_dir->path()});
+        QVERIFY2(failure.isEmpty(), qPrintable("the store with a FIFO in place: " + failure));
         const QFileInfo fifo(QDir(m_dir->path()).filePath("optionVars.json"));
         QVERIFY(fifo.exists() && !fifo.isFile());
 #endif

@@ -4,7 +4,11 @@
 #include "TstringId.h"
 #include "TstringTable.h"
 
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
 #include <QHash>
+#include <QRegularExpression>
 #include <QSet>
 #include <QTest>
 
@@ -74,49 +78,20 @@ private Q_SLOTS:
     void everyBrowserKeyHasEnglishText_data()
     {
         QTest::addColumn<QString>("key");
-        // Every key the browser shows; a key dropped from the table fails its row here.
-        static const char* const browserKeys[] = {
-            "kContentBrowserChooseLocation", "kContentBrowserConfirmDeleteFavorite",
-            "kContentBrowserConfirmDeleteFavoriteFolder", "kContentBrowserConfirmDeleteIgnoreMsg",
-            "kContentBrowserConfirmDeleteInfo", "kContentBrowserDirectoryNotFoundWarning",
-            "kContentBrowserDirectoryNotGivenError", "kContentBrowserEditRefused",
-            "kContentBrowserEditRefusedMessageDuplicate", "kContentBrowserEditRefusedMessageForbidden",
-            "kContentBrowserOpenFiles", "kContentBrowserRBMNewDir", "kContentBrowserRBMRenameItem",
-            "kContentBrowserSearchBarPlaceholderText", "rCancelAction", "rNimboImportOptionsTitle",
-            "rNimboReferenceOptionsTitle", "rContentBrowserContextMenuAddFavorites",
-            "rContentBrowserContextMenuImportVelaFile", "rContentBrowserContextMenuOpenNormalTexture",
-            "rContentBrowserContextMenuOpenProjectedTexture", "rContentBrowserContextMenuOpenStenciledTexture",
-            "rContentBrowserContextMenuReferenceVelaFile", "rContentBrowserContextMenuRemoveFavorite",
-            "rContentBrowserContextMenuSourceVsl", "rContentBrowserContextMenuUseStamp", "rContentBrowserFilePathBar",
-            "rContentBrowserFilePreviewNoPreviewAvail", "rContentBrowserLibraryUserLibraryName",
-            "rContentBrowserMenuItemListView", "rContentBrowserMenuItemThumbnailView", "rContentBrowserMenuTabFavorites",
-            "rContentBrowserMenuTabLibrary", "rContentBrowserMenuTabMetadata", "rContentBrowserMenuTabPreview",
-            "rContentBrowserMenuTabProjects", "rContentBrowserMenuTabSystem", "rContentBrowserMenuViewItemSortAscending",
-            "rContentBrowserMenuViewItemSortDateModified", "rContentBrowserMenuViewItemSortDescending",
-            "rContentBrowserMenuViewItemSortName", "rContentBrowserMenuViewItemSortSize",
-            "rContentBrowserMenuViewItemSortType", "rContentBrowserMetadataFileCreationDate",
-            "rContentBrowserMetadataFileFramerate", "rContentBrowserMetadataFileLastModifiedDate",
-            "rContentBrowserMetadataFileName", "rContentBrowserMetadataFileSize", "rContentBrowserMetadataFileType",
-            "rContentBrowserMetadataFileTypeTag", "rContentBrowserOkButtonCaptionImport",
-            "rContentBrowserOkButtonCaptionReference", "rContentBrowserProjectsCurrentProject",
-            "rContentBrowserProjectsWorkspaceRoot", "rContentBrowserTabFavorites", "rContentBrowserTabLibrary",
-            "rContentBrowserTabMetadata", "rContentBrowserTabPreview", "rContentBrowserTabProjects",
-            "rContentBrowserTabSystem", "rDownloadFailed", "rFirstNewFavFolderPlaceholder", "rHttpCode", "rHttpError",
-            "rHttpErrorMessageTitle", "rHttpRequestTimeout", "rHttpServerErrorGeneric", "rHttpServerListenError",
-            "rHttpSuccessMessageTitle", "rNewFavFolderPlaceholder", "rProjectWindow", "rSaveCloseAction", "rSetProject",
-            "rTooltipAddFavoritesfolder", "rTooltipAddFavoritespath", "rTooltipAddfavorite", "rTooltipCreatenewfolder",
-            "rTooltipGotoParentDirectory", "rTooltipHelp", "rTooltipListview", "rTooltipNavigationhistory",
-            "rTooltipNextlocation", "rTooltipPreferences", "rTooltipPreviouslocation", "rTooltipRefreshcontents",
-            "rTooltipScaler", "rTooltipSortby", "rTooltipThumbnailview", "kContentBrowserSearchNoMatch",
-            "rContentBrowserFileKindObj", "rContentBrowserFileKindFbx", "rContentBrowserFileKindAbc",
-            "rContentBrowserFileKindUsd", "rContentBrowserFileKindUsda", "rContentBrowserFileKindUsdc",
-            "rContentBrowserFileKindUsdz", "rContentBrowserFileKindGltf", "rContentBrowserFileKindGlb",
-            "rContentBrowserFileKindBlend", "rContentBrowserFileKindVdb", "rContentBrowserFileKindPly",
-            "rContentBrowserFileKindStl",
-        };
-        QCOMPARE(int(std::size(browserKeys)), 102);
-        for (const char* key : browserKeys)
-            QTest::newRow(key) << QString::fromLatin1(key);
+        // Every key the browser's sources name, read from them so that a new key is checked too.
+        const QDir sources(QStringLiteral(ORLO_SOURCE_DIR "/src"));
+        const QRegularExpression id(QStringLiteral("TstringId\\s+\\w+\\(\"(\\w+)\"\\)"));
+        QSet<QString> keys;
+        QDirIterator files(sources.path(), {QStringLiteral("*.cpp")}, QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            for (const QRegularExpressionMatch& match : id.globalMatch(QString::fromUtf8(file.readAll())))
+                keys.insert(match.captured(1));
+        }
+        QVERIFY2(keys.size() > 100, qPrintable(sources.path()));
+        for (const QString& key : keys)
+            QTest::newRow(qPrintable(key)) << key;
     }
 
     void everyBrowserKeyHasEnglishText()

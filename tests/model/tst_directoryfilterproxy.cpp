@@ -4,6 +4,7 @@
 #include "TcommandEngine.h"
 #include "TprefOptionVar.h"
 #include "TrecordingHost.h"
+#include "TtestFiles.h"
 #include "Tstring.h"
 
 #include <QDateTime>
@@ -27,18 +28,7 @@ const Tstring category("Content Browser");
 // A name ending in '/' is a folder, any other a file of bytes bytes.
 bool makeEntries(const QString& dir, const QStringList& entries, int bytes = 4)
 {
-    for (const QString& entry : entries) {
-        if (entry.endsWith(QLatin1Char('/'))) {
-            if (!QDir(dir).mkpath(entry.chopped(1)))
-                return false;
-            continue;
-        }
-        QFile file(dir + QLatin1Char('/') + entry);
-        if (!QDir().mkpath(QFileInfo(file).absolutePath()) || !file.open(QIODevice::WriteOnly)
-            || file.write(QByteArray(bytes, 'x')) != bytes)
-            return false;
-    }
-    return true;
+    return TtestFiles::makeAll(dir, entries, QByteArray(bytes, 'x'));
 }
 
 // Hidden entries are listed, so that the proxy alone decides what is hidden.

@@ -7,6 +7,7 @@
 #include "TthumbnailService.h"
 #include "TiconAnimationWorker.h"
 #include "TrecordingHost.h"
+#include "TswatchFrames.h"
 
 #include <QApplication>
 #include <QDir>
@@ -25,7 +26,7 @@
 
 namespace {
 
-const QColor progressColour(72, 170, 181);
+using TswatchFrames::progressColour;
 
 // Records the view's signals in the order they come, as "signal:item".
 template<typename View>
@@ -46,21 +47,6 @@ QStandardItemModel* itemModel(QObject* parent)
     model->appendRow(new QStandardItem(QStringLiteral("file")));
     model->appendRow(new QStandardItem(QStringLiteral("item2")));
     return model;
-}
-
-bool writeScene(const QString& folder, const QString& name, int frames)
-{
-    QFile file(folder + QLatin1Char('/') + name);
-    if (!file.open(QIODevice::WriteOnly) || file.write("data") != 4)
-        return false;
-    for (int frame = 1; frame <= frames; ++frame) {
-        const QString path = TpictureDecoder::swatchPreviewPath(QFileInfo(file).absoluteFilePath(), frame);
-        QImage picture(64, 64, QImage::Format_ARGB32);
-        picture.fill(Qt::white);
-        if (!QDir().mkpath(QFileInfo(path).absolutePath()) || !picture.save(path, "PNG"))
-            return false;
-    }
-    return true;
 }
 
 int countColour(const QImage& image, const QRect& area, const QColor& colour)
@@ -87,9 +73,9 @@ struct Grid
     Grid()
     {
         options = host.options();
-        writeScene(dir.path(), QStringLiteral("a.mb"), 2);
-        writeScene(dir.path(), QStringLiteral("b.mb"), 3);
-        writeScene(dir.path(), QStringLiteral("c.mb"), 0);
+        TswatchFrames::writeScene(dir.filePath(QStringLiteral("a.mb")), {1, 2});
+        TswatchFrames::writeScene(dir.filePath(QStringLiteral("b.mb")), {1, 2, 3});
+        TswatchFrames::writeScene(dir.filePath(QStringLiteral("c.mb")), {});
         provider = std::make_unique<ThumbnailFileIconProvider>(&options, QSize(64, 64), false);
         model = std::make_unique<TfileSystemModel>(&options);
         model->setIconProvider(provider.get());

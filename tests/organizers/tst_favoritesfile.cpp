@@ -1,6 +1,8 @@
 #include "TfavoritesFile.h"
 #include "TrecordingHost.h"
 #include "TsafeFile.h"
+#include "TtestFiles.h"
+#include "TtestRecord.h"
 
 #include "TcommandEngine.h"
 #include "TstringId.h"
@@ -15,13 +17,14 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
-
 #ifdef Q_OS_UNIX
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
+
+using TtestFiles::readBytes;
+using TtestFiles::writeBytes;
+using TtestRecord::errors;
 
 using Entries = QList<TfavoritesFile::Entry>;
 
@@ -42,28 +45,6 @@ QString describe(const Entries& list)
     for (const TfavoritesFile::Entry& entry : list)
         parts << QStringLiteral("[%1|%2]").arg(entry.folder, entry.path);
     return parts.join(u' ');
-}
-
-QByteArray readBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
-}
-
-bool writeBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QStringList shownErrors()
-{
-    QStringList errors;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Error)
-            errors << entry.answer;
-    }
-    return errors;
 }
 
 QStringList siblings(const QString& dir)
@@ -195,7 +176,7 @@ void TestFavoritesFile::exactFileText()
     const QByteArray written = readBytes(m_location);
     QVERIFY2(written == expected, written.constData());
     QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
-    QVERIFY(shownErrors().isEmpty());
+    QVERIFY(errors().isEmpty());
 }
 
 void TestFavoritesFile::anyScriptReadsBackExactly_data()
@@ -223,7 +204,7 @@ void TestFavoritesFile::anyScriptReadsBackExactly()
     TfavoritesFile reader(m_dir);
     QCOMPARE(reader.read(), TfavoritesFile::ReadResult::Read);
     QVERIFY2(reader.entries() == given, qPrintable(describe(reader.entries())));
-    QVERIFY(shownErrors().isEmpty());
+    QVERIFY(errors().isEmpty());
 }
 
 void TestFavoritesFile::readsWhatThePropertyTreeWrites_data()
@@ -248,7 +229,7 @@ void TestFavoritesFile::readsWhatThePropertyTreeWrites()
     TfavoritesFile file(m_dir);
     QCOMPARE(file.read(), TfavoritesFile::ReadResult::Read);
     QVERIFY2(file.entries() == expected, qPrintable(describe(file.entries())));
-    QVERIFY(shownErrors().isEmpty());
+    QVERIFY(errors().isEmpty());
 }
 
 void TestFavoritesFile::quietEmptyStarts_data()
@@ -275,7 +256,7 @@ void TestFavoritesFile::quietEmptyStarts()
     QVERIFY(file.entries().isEmpty());
     QVERIFY(file.write(TfavoritesFile::treeOf(entries({"", "/a"}))));
     QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
-    QVERIFY(shownErrors().isEmpty());
+    QVERIFY(errors().isEmpty());
 }
 
 void TestFavoritesFile::unreadableFileIsKeptBeforeTheFirstWrite_data()
@@ -310,7 +291,7 @@ void TestFavoritesFile::unreadableFileIsKeptBeforeTheFirstWrite()
              qPrintable(aside));
     const QString told = notice("kContentBrowserFavoritesUnreadable",
                                 {QDir::toNativeSeparators(m_location), QDir::toNativeSeparators(aside)});
-    QCOMPARE(shownErrors(), QStringList{told});
+    QCOMPARE(errors(), QStringList{told});
     // Reading alone moves nothing.
     QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
     QVERIFY(readBytes(m_location) == bytes);
@@ -323,7 +304,7 @@ void TestFavoritesFile::unreadableFileIsKeptBeforeTheFirstWrite()
     // Kept once: later writes neither copy again nor tell again.
     QVERIFY(file.write(TfavoritesFile::treeOf(entries({"", "/new", "", "/newer"}))));
     QCOMPARE(siblings(m_dir).size(), 2);
-    QCOMPARE(shownErrors().size(), 1);
+    QCOMPARE(errors().size(), 1);
 
     TfavoritesFile again(m_dir);
     QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
@@ -379,7 +360,7 @@ void TestFavoritesFile::otherMembersAreKept()
     QCOMPARE(again.entries().size(), expected.size() + 2);
     QCOMPARE(again.otherMembers(), file.otherMembers());
     QCOMPARE(again.otherMembers().size(), kept.size());
-    QVERIFY(shownErrors().isEmpty());
+    QVERIFY(errors().isEmpty());
     QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
 }
 
@@ -399,17 +380,9 @@ void TestFavoritesFile::nonRegularFileIsLeftAlone()
 
 #ifdef Q_OS_UNIX
     if (kind == QLatin1String("fifo")) {
-        // Opening the FIFO would wait for a writer for ever: the risky part runs in a child
-        // process that is killed if it does not finish.
-        QProcess child;
-        child.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--fifo-child"), m_dir});
-        QVERIFY(child.waitForStarted());
-        const bool finished = child.waitForFinished(30000);
-        if (!finished)
-            child.kill();
-        QVERIFY2(finished, "reading or writing favorites with a FIFO in place did not finish");
-        const QByteArray output = child.readAllStandardOutput() + child.readAllStandardError();
-        QVERIFY2(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0, output.constData());
+        // Opening the FIFO would wait for a writer for ever: the risky part runs in a child.
+        const QString failure = TtestFiles::runChild(QCoreApplication::applicationFilePath(), {"--fifo-child", m_dir});
+        QVERIFY2(failure.isEmpty(), qPrintable("favorites with a FIFO in place: " + failure));
         QVERIFY(QFileInfo(m_location).exists() && !QFileInfo(m_location).isFile());
         return;
     }
@@ -419,7 +392,7 @@ void TestFavoritesFile::nonRegularFileIsLeftAlone()
     QCOMPARE(file.read(), TfavoritesFile::ReadResult::Unreadable);
     QVERIFY(file.keptAsidePath().isEmpty());
     const QString told = notice("kContentBrowserFavoritesNotAFile", {QDir::toNativeSeparators(m_location)});
-    QCOMPARE(shownErrors(), QStringList{told});
+    QCOMPARE(errors(), QStringList{told});
 
     // Favorites work for the session; what stands there is never replaced or copied, and the
     // user is not told again.
@@ -428,7 +401,7 @@ void TestFavoritesFile::nonRegularFileIsLeftAlone()
     QCOMPARE(file.entries(), entries({"", "/a", "", "/b"}));
     QVERIFY(QFileInfo(m_location + QStringLiteral("/inside")).isDir());
     QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
-    QCOMPARE(shownErrors(), QStringList{told});
+    QCOMPARE(errors(), QStringList{told});
 
     // Once the user has moved it away, favorites are saved again.
     QVERIFY(QDir(m_location).removeRecursively());
@@ -476,16 +449,9 @@ void TestFavoritesFile::failedWriteLeavesDiskAndMemory()
         written = file.write(wanted);
     } else if (failure == Failure::FullDisk) {
 #ifdef Q_OS_UNIX
-        // A file size limit below the new file's size fails its write as a full disk would.
-        rlimit saved {};
-        QVERIFY(::getrlimit(RLIMIT_FSIZE, &saved) == 0);
-        const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit small = saved;
-        small.rlim_cur = rlim_t(bytesBefore.size());
-        QVERIFY(::setrlimit(RLIMIT_FSIZE, &small) == 0);
+        const TtestFiles::TfileSizeLimit full(bytesBefore.size());
+        QVERIFY(full.isSet());
         written = file.write(wanted);
-        ::setrlimit(RLIMIT_FSIZE, &saved);
-        std::signal(SIGXFSZ, previousHandler);
 #endif
     } else if (failure == Failure::FullDiskMidWrite) {
         TsafeFile::failWritesEndingWithForTesting(QStringLiteral("/favs.json"));
@@ -499,11 +465,11 @@ void TestFavoritesFile::failedWriteLeavesDiskAndMemory()
     QVERIFY(readBytes(file.location()) == bytesBefore);
     QCOMPARE(siblings(m_dir), filesBefore);
     QVERIFY2(file.entries() == memoryBefore, qPrintable(describe(file.entries())));
-    const QStringList errors = shownErrors();
-    QCOMPARE(errors.size(), 1);
+    const QStringList shown = errors();
+    QCOMPARE(shown.size(), 1);
     const QString prefix = notice("kContentBrowserFavoritesNotSaved", {QDir::toNativeSeparators(file.location()), "\x01"})
                                .section(u'\x01', 0, 0);
-    QVERIFY2(errors.first().startsWith(prefix), qPrintable(errors.first()));
+    QVERIFY2(shown.first().startsWith(prefix), qPrintable(shown.first()));
 }
 
 void TestFavoritesFile::withoutPreferenceDirNothingIsTouched()
@@ -513,7 +479,7 @@ void TestFavoritesFile::withoutPreferenceDirNothingIsTouched()
     QCOMPARE(file.read(), TfavoritesFile::ReadResult::NoFile);
     QVERIFY(file.write(TfavoritesFile::treeOf(entries({"B", "/b", "", "/a"}))));
     QCOMPARE(file.entries(), entries({"", "/a", "B", "/b"}));
-    QVERIFY(shownErrors().isEmpty());
+    QVERIFY(errors().isEmpty());
 }
 
 void TestFavoritesFile::twoHostsMergeTheirChanges_data()
@@ -563,7 +529,7 @@ void TestFavoritesFile::twoHostsMergeTheirChanges()
     TfavoritesFile again(m_dir);
     QCOMPARE(again.read(), TfavoritesFile::ReadResult::Read);
     QVERIFY2(again.entries() == expected, qPrintable(describe(again.entries())));
-    QVERIFY(shownErrors().isEmpty());
+    QVERIFY(errors().isEmpty());
     QCOMPARE(siblings(m_dir), QStringList{QStringLiteral("favs.json")});
 }
 
@@ -593,7 +559,7 @@ void TestFavoritesFile::twoProcessesLoseNothing()
         QVERIFY2(TfavoritesFile::containsPath(again.favorites(), QStringLiteral("/parent/%1").arg(i)), qPrintable(QString::number(i)));
         QVERIFY2(TfavoritesFile::containsPath(again.favorites(), QStringLiteral("/child/%1").arg(i)), qPrintable(QString::number(i)));
     }
-    QVERIFY(shownErrors().isEmpty());
+    QVERIFY(errors().isEmpty());
 }
 
 // The other host of twoProcessesLoseNothing.
@@ -608,7 +574,7 @@ static int favoritesChild(const QString& dir, int count)
         if (!file.write(favorites))
             return 2;
     }
-    return shownErrors().isEmpty() ? 0 : 3;
+    return errors().isEmpty() ? 0 : 3;
 }
 
 #ifdef Q_OS_UNIX
@@ -625,8 +591,7 @@ static int fifoChild(const QString& dir)
         return 3;
     if (!file.write(TfavoritesFile::treeOf(entries({"", "/a"}))) || file.entries() != entries({"", "/a"}))
         return 4;
-    const QStringList errors = shownErrors();
-    if (errors != QStringList{notice("kContentBrowserFavoritesNotAFile", {QDir::toNativeSeparators(location)})})
+    if (errors() != QStringList{notice("kContentBrowserFavoritesNotAFile", {QDir::toNativeSeparators(location)})})
         return 5;
     return QDir(dir).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size() == 1 ? 0 : 6;
 }

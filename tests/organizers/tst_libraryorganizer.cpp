@@ -2,6 +2,7 @@
 #include "TbrowserStrings.h"
 #include "TlibraryOrganizer.h"
 #include "TrecordingHost.h"
+#include "TtestFiles.h"
 
 #include "Tstring.h"
 #include "VelaEnv.h"
@@ -34,20 +35,6 @@ void setEnv(const char* name, const QString& value)
     Tstring text;
     Tstring_fromQString(value, text);
     VelaPutEnv(Tstring(name), text);
-}
-
-void makeFolders(const QString& root, const QStringList& entries)
-{
-    QDir dir(root);
-    for (const QString& entry : entries) {
-        if (entry.endsWith(QLatin1Char('/'))) {
-            QVERIFY2(dir.mkpath(entry), qPrintable(entry));
-            continue;
-        }
-        dir.mkpath(QFileInfo(dir.filePath(entry)).path());
-        QFile file(dir.filePath(entry));
-        QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(entry));
-    }
 }
 
 QStringList rootTexts(const TlibraryOrganizer& organizer)
@@ -163,7 +150,7 @@ void TestLibraryOrganizer::rootsFollowTheEnvironment()
     QFETCH(QString, pluginLocation);
     QFETCH(QStringList, roots);
 
-    makeFolders(m_root, folders);
+    QVERIFY(TtestFiles::makeAll(m_root, folders));
     setEnv("VELA_CONTENT_PATH", expand(contentPath));
     setEnv("VELA_LOCATION", expand(hostLocation));
     setEnv("MOTE_LOCATION", expand(pluginLocation));
@@ -206,7 +193,7 @@ void TestLibraryOrganizer::addAndRemoveWriteTheVariable()
     QFETCH(QString, written);
     QFETCH(QStringList, roots);
 
-    makeFolders(m_root, {"a/", "b/", "c/", "User_Library/"});
+    QVERIFY(TtestFiles::makeAll(m_root, {"a/", "b/", "c/", "User_Library/"}));
     setEnv("VELA_CONTENT_PATH", expand(contentPath));
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
@@ -245,8 +232,8 @@ void TestLibraryOrganizer::selectByPath()
     QFETCH(bool, allowFetching);
     QFETCH(QString, selected);
 
-    makeFolders(m_root, {"lib/Characters/Hero_Rigs/Walk_Cycles/", "lib/Props/", "lib/.velaSwatches/x/",
-                         "other_lib/Characters/"});
+    QVERIFY(TtestFiles::makeAll(m_root, {"lib/Characters/Hero_Rigs/Walk_Cycles/", "lib/Props/", "lib/.velaSwatches/x/",
+                         "other_lib/Characters/"}));
     setEnv("VELA_CONTENT_PATH", m_root + "/lib;" + m_root + "/other_lib");
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
@@ -304,7 +291,7 @@ void TestLibraryOrganizer::renameRefusals()
     QFETCH(QString, textAfter);
     const QString tag = QString::fromLatin1(QTest::currentDataTag());
 
-    makeFolders(m_root, {"lib/Mine/inner/", "lib/Rigs/", "lib/__cache/", "other/Scenes/a.ma", "other/Shared/"});
+    QVERIFY(TtestFiles::makeAll(m_root, {"lib/Mine/inner/", "lib/Rigs/", "lib/__cache/", "other/Scenes/a.ma", "other/Shared/"}));
     setEnv("VELA_CONTENT_PATH", m_root + "/lib;" + m_root + "/other");
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
@@ -353,7 +340,7 @@ void TestLibraryOrganizer::renameRefusals()
 
 void TestLibraryOrganizer::rootsCannotBeRenamed()
 {
-    makeFolders(m_root, {"lib/Mine/"});
+    QVERIFY(TtestFiles::makeAll(m_root, {"lib/Mine/"}));
     setEnv("VELA_CONTENT_PATH", m_root + "/lib");
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
@@ -364,7 +351,7 @@ void TestLibraryOrganizer::rootsCannotBeRenamed()
 
 void TestLibraryOrganizer::refreshRebuildsFromTheEnvironment()
 {
-    makeFolders(m_root, {"a/x/", "b/"});
+    QVERIFY(TtestFiles::makeAll(m_root, {"a/x/", "b/"}));
     setEnv("VELA_CONTENT_PATH", m_root + "/a");
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
@@ -380,7 +367,7 @@ void TestLibraryOrganizer::refreshRebuildsFromTheEnvironment()
 
 void TestLibraryOrganizer::tabChangeReportsTheSelection()
 {
-    makeFolders(m_root, {"a/x/"});
+    QVERIFY(TtestFiles::makeAll(m_root, {"a/x/"}));
     setEnv("VELA_CONTENT_PATH", m_root + "/a");
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();

@@ -2,6 +2,7 @@
 #include "TprojectsOrganizer.h"
 #include "TprojectsOrganizerProjectsView.h"
 #include "TrecordingHost.h"
+#include "TtestRecord.h"
 
 #include "ThostCommands.h"
 #include "ThostProjectSidebarManager.h"
@@ -28,6 +29,8 @@
 // sees when running the reference host.
 namespace {
 
+using TtestRecord::commands;
+
 void writeProject(const QString& root, const QString& name, const QStringList& rules, const QStringList& folders)
 {
     QDir dir;
@@ -48,16 +51,6 @@ QStringList topLevelPaths(const TOrganizerItemModel* model)
     for (int row = 0; row < model->rowCount(); ++row)
         paths << model->item(row)->data(TOrganizerItemModel::FolderPathRole).toString();
     return paths;
-}
-
-QStringList commandsSent()
-{
-    QStringList commands;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Command)
-            commands << entry.command;
-    }
-    return commands;
 }
 
 } // namespace
@@ -120,7 +113,7 @@ void TestProjectsHost::pickingAProjectSwitchesTheHost()
 
     organizer.projectsView()->projectSelector()->setCurrentIndex(1);
     QCOMPARE(ThostProjects::instance()->current()->name, QStringLiteral("Orbit Station"));
-    QCOMPARE(commandsSent(), QStringList{"addRecentProject \"" + m_root + "/Projects/Orbit\""});
+    QCOMPARE(commands(), QStringList{"addRecentProject \"" + m_root + "/Projects/Orbit\""});
     QCOMPARE(ThostProjects::instance()->recent().value(0), m_root + "/Projects/Orbit");
 
     // The host announces the switch from its event loop; the tab follows it.
@@ -145,7 +138,7 @@ void TestProjectsHost::setProjectFromTheFolderDialog()
 
     organizer.setProjectButton()->click();
     QCOMPARE(dialogs, 1);
-    QCOMPARE(commandsSent().filter("setProjectFromFileDialog").size(), 1);
+    QCOMPARE(commands().filter("setProjectFromFileDialog").size(), 1);
     QCOMPARE(ThostProjects::instance()->current()->name, QStringLiteral("Tunnel"));
     QTRY_COMPARE(topLevelPaths(organizer.projectsView()->model()), QStringList{m_root + "/Elsewhere/Tunnel/clips"});
     QCOMPARE(organizer.projectsView()->projectSelector()->currentText(), QStringLiteral("Tunnel"));

@@ -2,6 +2,8 @@
 #include "TprojectsOrganizer.h"
 #include "TprojectsOrganizerProjectsView.h"
 #include "TrecordingHost.h"
+#include "TtestFiles.h"
+#include "TtestRecord.h"
 
 #include "TcommandEngine.h"
 #include "Ttrigger.h"
@@ -22,19 +24,7 @@
 
 namespace {
 
-void makeFolders(const QString& root, const QStringList& entries)
-{
-    QDir dir(root);
-    for (const QString& entry : entries) {
-        if (entry.endsWith(QLatin1Char('/'))) {
-            QVERIFY2(dir.mkpath(entry), qPrintable(entry));
-            continue;
-        }
-        dir.mkpath(QFileInfo(dir.filePath(entry)).path());
-        QFile file(dir.filePath(entry));
-        QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(entry));
-    }
-}
+using TtestRecord::commands;
 
 QStringList selectorEntries(const QComboBox* selector)
 {
@@ -50,16 +40,6 @@ QStringList topLevelPaths(const TOrganizerItemModel* model)
     for (int row = 0; row < model->rowCount(); ++row)
         paths << model->item(row)->data(TOrganizerItemModel::FolderPathRole).toString();
     return paths;
-}
-
-QStringList commandsSent()
-{
-    QStringList commands;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Command)
-            commands << entry.command;
-    }
-    return commands;
 }
 
 } // namespace
@@ -122,8 +102,8 @@ void TestProjectsOrganizer::init()
     m_host.current = QStringLiteral("Beta");
     m_host.recentPath = m_root + QStringLiteral("/proj");
     m_options = m_host.options();
-    makeFolders(m_root, {"proj/scenes/shot_010/lighting/", "proj/assets/props/", "proj/renders/", "proj/notes.txt",
-                         "shared/textures/"});
+    QVERIFY(TtestFiles::makeAll(m_root, {"proj/scenes/shot_010/lighting/", "proj/assets/props/", "proj/renders/", "proj/notes.txt",
+                         "shared/textures/"}));
     answerRules({"scenes", "assets"});
 }
 
@@ -205,7 +185,7 @@ void TestProjectsOrganizer::refreshFillsSelectorAndTree()
     }
     // Filling the selector is not a pick: nothing is recorded as a recent project.
     const QStringList expectedCommands = active ? QStringList{"np_getPrimaryProjectFileRules 0"} : QStringList{};
-    QVERIFY2(commandsSent() == expectedCommands, qPrintable(tag + ": " + commandsSent().join(',')));
+    QVERIFY2(commands() == expectedCommands, qPrintable(tag + ": " + commands().join(',')));
     if (!active)
         QVERIFY2(m_host.calls == QStringList{"hasActiveProject"}, qPrintable(tag + ": " + m_host.calls.join(',')));
 }
@@ -214,7 +194,7 @@ void TestProjectsOrganizer::pickingAProject_data()
 {
     QTest::addColumn<bool>("accept");
     QTest::addColumn<QString>("recentPath");
-    QTest::addColumn<QStringList>("commands");
+    QTest::addColumn<QStringList>("sent");
     QTest::addColumn<int>("selectedAfter");
 
     QTest::newRow("accepted") << true << "$T/proj" << QStringList{"addRecentProject \"$T/proj\""} << 2;
@@ -227,7 +207,7 @@ void TestProjectsOrganizer::pickingAProject()
 {
     QFETCH(bool, accept);
     QFETCH(QString, recentPath);
-    QFETCH(QStringList, commands);
+    QFETCH(QStringList, sent);
     QFETCH(int, selectedAfter);
     const QString tag = QString::fromLatin1(QTest::currentDataTag());
 
@@ -241,10 +221,10 @@ void TestProjectsOrganizer::pickingAProject()
     view.projectSelector()->setCurrentIndex(2);
 
     QVERIFY2(m_host.calls.filter("setCurrentProject") == QStringList{"setCurrentProject Gamma"}, qPrintable(tag));
-    QVERIFY2(commandsSent() == expandAll(commands), qPrintable(tag + ": " + commandsSent().join(',')));
+    QVERIFY2(commands() == expandAll(sent), qPrintable(tag + ": " + commands().join(',')));
     QVERIFY2(view.projectSelector()->currentIndex() == selectedAfter, qPrintable(tag));
     // The host's "workspaceChanged" refreshes the view, not the pick itself.
-    QVERIFY2(!commandsSent().contains("np_getPrimaryProjectFileRules 0"), qPrintable(tag));
+    QVERIFY2(!commands().contains("np_getPrimaryProjectFileRules 0"), qPrintable(tag));
 }
 
 void TestProjectsOrganizer::workspaceChangedRefreshes()
@@ -269,7 +249,7 @@ void TestProjectsOrganizer::workspaceChangedRefreshes()
     QCOMPARE(workspace->clientCount(), clientsBefore);
     TcommandEngine::clearRecord();
     workspace->fire();
-    QVERIFY(commandsSent().isEmpty());
+    QVERIFY(commands().isEmpty());
 }
 
 void TestProjectsOrganizer::setProjectIgnoresASecondRequest()
@@ -286,13 +266,13 @@ void TestProjectsOrganizer::setProjectIgnoresASecondRequest()
     });
 
     organizer.setProjectButton()->click();
-    QCOMPARE(commandsSent(), QStringList{"setProjectFromFileDialog"});
+    QCOMPARE(commands(), QStringList{"setProjectFromFileDialog"});
     QCOMPARE(busyInside, QList<bool>{true});
     QVERIFY(!view->isBusy());
 
     // The guard lasts only as long as the dialog.
     view->setProject();
-    QCOMPARE(commandsSent(), (QStringList{"setProjectFromFileDialog", "setProjectFromFileDialog"}));
+    QCOMPARE(commands(), (QStringList{"setProjectFromFileDialog", "setProjectFromFileDialog"}));
 
     // A host without a handler still leaves the view ready for the next request.
     TcommandEngine::unregisterHandler(QStringLiteral("setProjectFromFileDialog"));
@@ -304,7 +284,7 @@ void TestProjectsOrganizer::projectWindowButton()
 {
     TprojectsOrganizer organizer(&m_options);
     organizer.projectWindowButton()->click();
-    QCOMPARE(commandsSent(), QStringList{"ProjectWindow"});
+    QCOMPARE(commands(), QStringList{"ProjectWindow"});
 }
 
 void TestProjectsOrganizer::reselectsTheHostFolder_data()

@@ -82,8 +82,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void everyPaneIsBuiltWhateverTheFlags();
-    void clickingASystemFolderDrivesThePanes();
-    void backAndForwardWalkTheHistory();
+    void clickedSystemFoldersAndTheHistory();
     void settingsTogglesReachPanelsStatus();
     void contextsKeepTheirOwnState();
     void panelsStatusLengths_data();
@@ -176,25 +175,18 @@ void TstAssetBrowser::everyPaneIsBuiltWhateverTheFlags()
     QVERIFY(browser->pathBar()->isVisible());
 }
 
-void TstAssetBrowser::clickingASystemFolderDrivesThePanes()
+void TstAssetBrowser::clickedSystemFoldersAndTheHistory()
 {
     AssetBrowser* browser = make(m_host->options());
     const QString shots = m_dir->filePath(QStringLiteral("shots"));
+    const QString props = m_dir->filePath(QStringLiteral("props"));
+    // A folder clicked in the System tree drives the content pane, the path bar and the history.
     clickSystemFolder(shots);
     QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
     QVERIFY2(browser->pathBar()->pathEdit()->currentText().startsWith(shots),
              qPrintable(browser->pathBar()->pathEdit()->currentText()));
     QCOMPARE(browser->history().paths().last(), shots);
     QCOMPARE(browser->getCurrentDir(), shots);
-}
-
-void TstAssetBrowser::backAndForwardWalkTheHistory()
-{
-    AssetBrowser* browser = make(m_host->options());
-    const QString shots = m_dir->filePath(QStringLiteral("shots"));
-    const QString props = m_dir->filePath(QStringLiteral("props"));
-    clickSystemFolder(shots);
-    QTRY_COMPARE(browser->contentPane()->currentRootPath(), shots);
     clickSystemFolder(props);
     QTRY_COMPARE(browser->contentPane()->currentRootPath(), props);
 
@@ -367,12 +359,8 @@ void TstAssetBrowser::everyTextFollowsTheHostScale()
 void TstAssetBrowser::theContentPaneGetsTheRoomFirst()
 {
     m_host->scale = 1.5;
-    TassetBrowserOptions options = m_host->options();
-    options.setPreferenceDir(m_state->preferenceDir().toStdString());
-    m_browser.reset(CreateORLOAssetBrowser(options, nullptr));
-    auto* browser = qobject_cast<AssetBrowser*>(m_browser.get());
+    AssetBrowser* browser = make(m_host->options());
     browser->resize(1400, 900);
-    browser->show();
     QVERIFY(QTest::qWaitForWindowExposed(browser));
     const int content = browser->contentPane()->width();
     QVERIFY2(content >= browser->width() / 2, qPrintable(QString::number(content)));

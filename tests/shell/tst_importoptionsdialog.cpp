@@ -5,6 +5,7 @@
 #include "ThostCommands.h"
 #include "ThostFileOptionsPanel.h"
 #include "TrecordingHost.h"
+#include "TtestRecord.h"
 #include "TvslCmdResult.h"
 
 #include <QComboBox>
@@ -20,15 +21,7 @@ namespace {
 
 const QString layout = QStringLiteral("NimboFileDialogOptionsGrpBoxLayout");
 
-QStringList recordedCommands()
-{
-    QStringList lines;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Command)
-            lines << entry.command;
-    }
-    return lines;
-}
+using TtestRecord::commands;
 
 // The query answers fileType (or fails, or gives nothing); every other command succeeds.
 void answerQueriesWith(const QString& fileType, bool succeed = true)
@@ -101,7 +94,7 @@ private Q_SLOTS:
             QStringLiteral("setCurrentFileTypeOption ") + mode + ' ' + layout + " \"" + fileType + '"',
             QStringLiteral("fileOperationsSelectionChangedCallback ") + mode + ' ' + layout + " \"" + quotedFile + '"',
         };
-        QCOMPARE(recordedCommands(), expected);
+        QCOMPARE(commands(), expected);
         QCOMPARE(dialog->whatsThis(),
                  QStringLiteral("fileOperationsOptionsUICallback ") + mode + ' ' + layout + " \"" + quotedFile + '"');
         QCOMPARE(dialog->confirmCommand(), dialog->whatsThis());
@@ -142,7 +135,7 @@ private Q_SLOTS:
         if (handler)
             answerQueriesWith(answer, succeed);
         QVERIFY(!TimportOptionsDialog::create(mode, QStringLiteral("/lib/ball.vela"), nullptr, m_browser.get()));
-        QCOMPARE(recordedCommands(), expected);
+        QCOMPARE(commands(), expected);
         QVERIFY(m_browser->findChildren<QDialog*>().isEmpty());
     }
 
@@ -189,7 +182,7 @@ private Q_SLOTS:
         QStringList order;
         connect(dialog, &TimportOptionsDialog::saveRequested, this, [&order] { order << QStringLiteral("save"); });
         connect(dialog, &QDialog::finished, this, [&order](int code) { order << QStringLiteral("finished %1").arg(code); });
-        const int before = recordedCommands().size();
+        const int before = commands().size();
 
         dialog->show();
         QVERIFY(QTest::qWaitForWindowExposed(dialog));
@@ -205,7 +198,7 @@ private Q_SLOTS:
         expected << QStringLiteral("finished %1").arg(result);
         QCOMPARE(order, expected);
         // The dialog itself runs nothing: what happens next is its owner's.
-        QCOMPARE(recordedCommands().size(), before);
+        QCOMPARE(commands().size(), before);
     }
 
     void referenceHostFillsTheNamedLayout()

@@ -1,0 +1,102 @@
+#pragma once
+
+// Scratch files for tests: making and reading them, failing their writes as a full disk
+// would, and running a risky step in a child process that is killed if it hangs.
+#include <QByteArray>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
+namespace TtestFiles {
+
+// A relative name ending in '/' is a folder; any other a file holding bytes, its folders made
+// as needed. The path made, or an empty string on failure.
+inline QString make(const QString& root, const QString& relative, const QByteArray& bytes = QByteArray("x"))
+{
+    const QString path = QDir(root).filePath(relative);
+    if (relative.endsWith(QLatin1Char('/')))
+        return QDir().mkpath(path) ? path : QString();
+    QFile file(path);
+    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        return QString();
+    return path;
+}
+
+inline bool makeAll(const QString& root, const QStringList& entries, const QByteArray& bytes = QByteArray("x"))
+{
+    for (const QString& entry : entries) {
+        if (make(root, entry, bytes).isEmpty())
+            return false;
+    }
+    return true;
+}
+
+inline QByteArray readBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<unreadable>");
+}
+
+inline bool writeBytes(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+#ifdef Q_OS_UNIX
+// While it lives, a write that would make a file larger than limit bytes fails, as on a full disk.
+class TfileSizeLimit
+{
+public:
+    explicit TfileSizeLimit(qint64 limit)
+    {
+        m_ok = ::getrlimit(RLIMIT_FSIZE, &m_saved) == 0;
+        m_handler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit small = m_saved;
+        small.rlim_cur = rlim_t(limit);
+        m_ok = m_ok && ::setrlimit(RLIMIT_FSIZE, &small) == 0;
+    }
+    ~TfileSizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_saved);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    TfileSizeLimit(const TfileSizeLimit&) = delete;
+    TfileSizeLimit& operator=(const TfileSizeLimit&) = delete;
+    bool isSet() const { return m_ok; }
+
+private:
+    rlimit m_saved {};
+    void (*m_handler)(int) = nullptr;
+    bool m_ok = false;
+};
+#endif
+
+// Runs this test program again with arguments; a child that has not finished within the
+// timeout is killed. Empty when it finished with exit code 0, else what went wrong.
+inline QString runChild(const QString& program, const QStringList& arguments, int timeoutMs = 30000)
+{
+    QProcess child;
+    child.setProcessChannelMode(QProcess::MergedChannels);
+    child.start(program, arguments);
+    if (!child.waitForStarted())
+        return QStringLiteral("did not start");
+    if (!child.waitForFinished(timeoutMs)) {
+        child.kill();
+        child.waitForFinished();
+        return QStringLiteral("did not finish");
+    }
+    if (child.exitStatus() != QProcess::NormalExit || child.exitCode() != 0)
+        return QStringLiteral("exit code %1: %2").arg(child.exitCode()).arg(QString::fromLocal8Bit(child.readAll()));
+    return QString();
+}
+
+} // namespace TtestFiles
