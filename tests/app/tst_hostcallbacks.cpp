@@ -10,7 +10,6 @@
 
 #include <QAction>
 #include <QDir>
-#include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QTest>

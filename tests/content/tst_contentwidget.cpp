@@ -10,7 +10,6 @@
 #include "TvslCmdResult.h"
 
 #include <QApplication>
-#include <QListView>
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>

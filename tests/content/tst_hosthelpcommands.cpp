@@ -10,14 +10,12 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QListView>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTest>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <memory>
 
 namespace {

@@ -8,7 +8,6 @@
 #include "TrecordingHost.h"
 #include "TswatchFrames.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>

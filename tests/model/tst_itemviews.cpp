@@ -3,15 +3,12 @@
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
 #include "ThumbnailFileIconProvider.h"
-#include "TpictureDecoder.h"
 #include "TthumbnailService.h"
 #include "TiconAnimationWorker.h"
 #include "TrecordingHost.h"
 #include "TswatchFrames.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QItemSelectionModel>
