@@ -3,6 +3,7 @@
 #include "BrowserListView.h"
 #include "BrowserTreeView.h"
 #include "PreviewPane.h"
+#include "QvelaBreadCrumb.h"
 #include "SearchToolbar.h"
 #include "TcommandEngine.h"
 #include "TcontentKeyMap.h"
@@ -95,7 +96,7 @@ void AssetBrowser::setUpKeyboardAndDrops()
     new TfavoritesDropTarget(m_sidePanel->favoritesOrganizer(), m_sidePanel->tabWidget());
 
     // Tab: side panel, path bar, search field, content view, preview.
-    QWidget* order[] = {m_sidePanel->tabWidget(), m_pathBar->pathEdit(), m_contentPane->listWidget()->searchBar(),
+    QWidget* order[] = {m_sidePanel->tabWidget(), m_pathBar->breadCrumb(), m_pathBar->pathEdit(), m_contentPane->listWidget()->searchBar(),
                         m_contentPane->listWidget()->listView(), m_contentPane->treeWidget()->searchBar(),
                         m_contentPane->treeWidget()->treeView(), m_previewPanel};
     for (size_t i = 1; i < std::size(order); ++i)

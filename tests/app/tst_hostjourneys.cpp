@@ -4,6 +4,9 @@
 #include "BrowserListView.h"
 #include "FilePreview.h"
 #include "PreviewPane.h"
+#include "QvelaBreadCrumb.h"
+#include "TcontentSearchBar.h"
+#include "TreeViewPane.h"
 #include "TcontentListView.h"
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
@@ -41,6 +44,7 @@ private Q_SLOTS:
     void screenshotWaitsForTheListing();
     void oneEnterInThePathBarIsOneNavigation_data();
     void oneEnterInThePathBarIsOneNavigation();
+    void tabWalksThroughEveryPaneAndTheBreadcrumbEditsOnEnter();
 
 private:
     AssetBrowser* open(const QString& folder);
@@ -279,6 +283,46 @@ void TstHostJourneys::oneEnterInThePathBarIsOneNavigation()
         QCOMPARE(selected.size(), 0);
         QCOMPARE(browser->history().size(), historyBefore);
     }
+}
+
+// Keyboard only, in the whole window: Tab reaches each pane in reading order, the path bar
+// included while it shows the breadcrumb, and the breadcrumb turns into the typing field on
+// Enter and back on Escape without losing the focus.
+void TstHostJourneys::tabWalksThroughEveryPaneAndTheBreadcrumbEditsOnEnter()
+{
+    AssetBrowser* browser = open(m_dir->filePath(QStringLiteral("shots")));
+    QVERIFY(browser);
+    SearchToolbar* bar = browser->pathBar();
+    QTRY_VERIFY(bar->breadCrumb()->isVisible());
+    browser->sidePanel()->tabWidget()->setFocus(Qt::TabFocusReason);
+    QTRY_VERIFY(browser->sidePanel()->tabWidget()->hasFocus());
+
+    const auto inside = [](const QWidget* area) {
+        const QWidget* focus = QApplication::focusWidget();
+        return focus && (focus == area || area->isAncestorOf(focus));
+    };
+    const QList<QPair<const char*, const QWidget*>> stops = {
+        {"path bar", bar->breadCrumb()},
+        {"search field", browser->contentPane()->listWidget()->searchBar()},
+        {"grid", browser->contentPane()->listWidget()->listView()},
+        {"preview", browser->previewPanel()},
+    };
+    for (const auto& stop : stops) {
+        // Panes with several focusable children take several presses; none may be skipped.
+        for (int presses = 0; presses < 8 && !inside(stop.second); ++presses) {
+            QVERIFY(QApplication::focusWidget());
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QVERIFY2(inside(stop.second), stop.first);
+    }
+
+    bar->breadCrumb()->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(bar->breadCrumb(), Qt::Key_Return);
+    QTRY_VERIFY(bar->pathEdit()->isVisible());
+    QVERIFY(inside(bar->pathEdit()));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QTRY_VERIFY(bar->breadCrumb()->isVisible());
+    QVERIFY(bar->breadCrumb()->hasFocus());
 }
 
 QTEST_MAIN(TstHostJourneys)
