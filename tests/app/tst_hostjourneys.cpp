@@ -301,20 +301,36 @@ void TstHostJourneys::tabWalksThroughEveryPaneAndTheBreadcrumbEditsOnEnter()
         const QWidget* focus = QApplication::focusWidget();
         return focus && (focus == area || area->isAncestorOf(focus));
     };
-    const QList<QPair<const char*, const QWidget*>> stops = {
-        {"path bar", bar->breadCrumb()},
-        {"search field", browser->contentPane()->listWidget()->searchBar()},
-        {"grid", browser->contentPane()->listWidget()->listView()},
-        {"preview", browser->previewPanel()},
+    // Reading order: side panel, path bar, the content pane's header (toolbar and search
+    // field), the content view, the preview. Tab until the focus leaves the browser; the
+    // panes must come in that order, each reached, none returned to.
+    const QList<QPair<int, const QWidget*>> panes = {
+        {0, browser->sidePanel()},
+        {1, bar},
+        {3, browser->contentPane()->listWidget()->listView()},
+        {2, browser->contentPane()},
+        {4, browser->previewContainer()},
     };
-    for (const auto& stop : stops) {
-        // Panes with several focusable children take several presses; none may be skipped.
-        for (int presses = 0; presses < 8 && !inside(stop.second); ++presses) {
-            QVERIFY(QApplication::focusWidget());
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QList<int> ranks;
+    bool searchReached = false;
+    for (int presses = 0; presses < 60; ++presses) {
+        int rank = -1;
+        for (const auto& pane : panes) {
+            if (inside(pane.second)) {
+                rank = pane.first;
+                break;
+            }
         }
-        QVERIFY2(inside(stop.second), stop.first);
+        if (rank < 0)
+            break;
+        searchReached |= inside(browser->contentPane()->listWidget()->searchBar());
+        if (ranks.isEmpty() || ranks.constLast() != rank)
+            ranks << rank;
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     }
+    QCOMPARE(ranks, QList<int>({0, 1, 2, 3, 4}));
+    QVERIFY(searchReached);
+    QVERIFY(!inside(browser));
 
     bar->breadCrumb()->setFocus(Qt::TabFocusReason);
     QTest::keyClick(bar->breadCrumb(), Qt::Key_Return);
