@@ -75,14 +75,26 @@ QStringList ThostDropTarget::bringIn(const QStringList& files, bool reference)
 bool ThostDropTarget::eventFilter(QObject* watched, QEvent* event)
 {
     const QEvent::Type type = event->type();
+    auto* widget = qobject_cast<QWidget*>(watched);
+    // A part that shows where a drop lands reads this property while it paints.
+    const auto setHovered = [widget](bool hovered) {
+        if (widget && widget->property("dropHovered").toBool() != hovered) {
+            widget->setProperty("dropHovered", hovered);
+            widget->update();
+        }
+    };
+    if (type == QEvent::DragLeave)
+        setHovered(false);
     if (type != QEvent::DragEnter && type != QEvent::DragMove && type != QEvent::Drop)
         return QObject::eventFilter(watched, event);
     auto* drop = static_cast<QDropEvent*>(event);
     // The disk is asked about folders only at the drop itself, not on every move.
     if (pathsOf(drop->mimeData()).isEmpty()) {
         drop->ignore();
+        setHovered(false);
         return true;
     }
+    setHovered(type != QEvent::Drop);
     // Alt asks for a reference, as the browser's own menus offer it.
     const bool reference = drop->modifiers() & Qt::AltModifier;
     const Qt::DropAction wanted = reference ? Qt::LinkAction : Qt::CopyAction;

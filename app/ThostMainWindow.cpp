@@ -11,6 +11,7 @@
 #include "ThostProjectSidebarManager.h"
 #include "ThostProjects.h"
 #include "ThostSceneDock.h"
+#include "ThostViewport.h"
 #include "TUIInventory.h"
 #include "TprefOptionVar.h"
 #include "TstringId.h"
@@ -68,9 +69,13 @@ ThostMainWindow::ThostMainWindow(const Settings& settings)
     addDockWidget(Qt::BottomDockWidgetArea, m_console);
     m_sceneDock = new ThostSceneDock(this);
     addDockWidget(Qt::BottomDockWidgetArea, m_sceneDock);
-    splitDockWidget(m_console, m_sceneDock, Qt::Horizontal);
-    // Files dragged out of the browser onto the scene are brought into it.
+    m_viewport = new ThostViewport(this);
+    addDockWidget(Qt::BottomDockWidgetArea, m_viewport);
+    splitDockWidget(m_console, m_viewport, Qt::Horizontal);
+    splitDockWidget(m_viewport, m_sceneDock, Qt::Horizontal);
+    // Files dragged out of the browser onto the viewport or the scene are brought into it.
     m_dropTarget = new ThostDropTarget(this);
+    m_dropTarget->watch(m_viewport->area());
     m_dropTarget->watch(m_sceneDock);
     m_dropTarget->watch(m_sceneDock->list());
     TcommandEngine* engine = TcommandEngine::instance();
@@ -88,7 +93,7 @@ ThostMainWindow::ThostMainWindow(const Settings& settings)
     buildMenus();
     // The browser is the window's subject; the docks keep a strip at the bottom.
     resizeDocks({m_console, m_sceneDock}, {170, 170}, Qt::Vertical);
-    resizeDocks({m_console, m_sceneDock}, {3, 2}, Qt::Horizontal);
+    resizeDocks({m_console, m_viewport, m_sceneDock}, {3, 2, 2}, Qt::Horizontal);
 
     TassetBrowserOptions options;
     options.setDpiScaling(m_scaling.get());

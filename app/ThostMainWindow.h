@@ -12,6 +12,7 @@ class ThostImageLoader;
 class ThostPopupMenuCreator;
 class ThostProjectSidebarManager;
 class ThostSceneDock;
+class ThostViewport;
 
 // The reference host's main window: the browser in the middle, the script console and the
 // scene list docked below, host messages in the status bar.
@@ -47,6 +48,7 @@ public:
     ORLOAssetBrowser* browser() const { return m_browser; }
     ThostConsole* console() const { return m_console; }
     ThostSceneDock* sceneDock() const { return m_sceneDock; }
+    ThostViewport* viewport() const { return m_viewport; }
     // Takes file drops on the scene dock.
     ThostDropTarget* dropTarget() const { return m_dropTarget; }
 
@@ -69,5 +71,6 @@ private:
     ORLOAssetBrowser* m_browser = nullptr;
     ThostConsole* m_console = nullptr;
     ThostSceneDock* m_sceneDock = nullptr;
+    ThostViewport* m_viewport = nullptr;
     ThostDropTarget* m_dropTarget = nullptr;
 };

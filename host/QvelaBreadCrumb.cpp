@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
@@ -141,6 +142,12 @@ protected:
             const QRect area = shortened ? rect().adjusted(padding(), 0, -padding(), 0) : rect();
             const QString shown = shortened ? p.fontMetrics().elidedText(text(), Qt::ElideMiddle, area.width()) : text();
             p.drawText(area, Qt::AlignCenter | Qt::TextSingleLine, shown);
+            // Keyboard focus on the bar shows as a ring around where the browser is.
+            if (m_current && parentWidget() && parentWidget()->hasFocus()) {
+                p.setPen(QPen(pal.color(QPalette::Highlight), std::max(1.0, height() / 12.0)));
+                p.setBrush(Qt::NoBrush);
+                p.drawRoundedRect(plate, radius, radius);
+            }
             return;
         }
 
@@ -320,6 +327,8 @@ QvelaBreadCrumb::QvelaBreadCrumb(QWidget* parent, int height)
     // The free area is where the user clicks to type.
     setCursor(Qt::IBeamCursor);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    // Reached with Tab only: a click on a folder navigates, a click on the free area edits.
+    setFocusPolicy(Qt::TabFocus);
 
     d->collapse = new TcrumbButton(CrumbKind::Collapse, d->barHeight, this);
     d->history = new TcrumbButton(CrumbKind::History, d->barHeight, this);
@@ -419,6 +428,38 @@ void QvelaBreadCrumb::mousePressEvent(QMouseEvent* event)
         return;
     }
     QWidget::mousePressEvent(event);
+}
+
+void QvelaBreadCrumb::keyPressEvent(QKeyEvent* event)
+{
+    const int key = event->key();
+    const Qt::KeyboardModifiers mods = event->modifiers() & ~Qt::KeypadModifier;
+    if (mods == Qt::NoModifier && (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space
+                                   || key == Qt::Key_F2)) {
+        event->accept();
+        Q_EMIT filePathBarClicked();
+        return;
+    }
+    if ((mods == Qt::AltModifier && key == Qt::Key_Down) || (mods == Qt::NoModifier && key == Qt::Key_F4)) {
+        event->accept();
+        Q_EMIT historyButtonClicked();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void QvelaBreadCrumb::focusInEvent(QFocusEvent* event)
+{
+    QWidget::focusInEvent(event);
+    for (TcrumbButton* button : std::as_const(d->folders))
+        button->update();
+}
+
+void QvelaBreadCrumb::focusOutEvent(QFocusEvent* event)
+{
+    QWidget::focusOutEvent(event);
+    for (TcrumbButton* button : std::as_const(d->folders))
+        button->update();
 }
 
 void QvelaBreadCrumb::changeEvent(QEvent* event)

@@ -79,13 +79,18 @@ Q_SIGNALS:
     void newPathSelected(const QString& path);
     /// The separator after the folder path was clicked; answer with setSubfolderList.
     void separatorClicked(const QString& path);
+    /// The history button was clicked, or Alt+Down / F4 pressed while the bar has focus.
     void historyButtonClicked();
-    /// A left press on the free area.
+    /// A left press on the free area, or Enter, Space or F2 while the bar has focus: the
+    /// user wants to type a path.
     void filePathBarClicked();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:

@@ -325,8 +325,14 @@ void SearchToolbar::setBreadCrumbMode(bool breadCrumb)
     // Set first: hiding the focused field sends a focus-out that lands back here.
     m_breadCrumbMode = breadCrumb;
     if (breadCrumb) {
-        m_pathEdit->hide();
+        // Leaving the field with the keyboard keeps the focus on the bar, not on whatever
+        // widget happens to follow it.
+        const QWidget* focus = QApplication::focusWidget();
+        const bool hadFocus = focus && (focus == m_pathEdit || m_pathEdit->isAncestorOf(focus));
         m_breadCrumb->show();
+        if (hadFocus)
+            m_breadCrumb->setFocus(Qt::OtherFocusReason);
+        m_pathEdit->hide();
     } else {
         m_breadCrumb->hide();
         setPath(m_breadCrumb->getPath());

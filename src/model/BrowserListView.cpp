@@ -258,3 +258,14 @@ void BrowserListView::startDrag(Qt::DropActions supportedActions)
 {
     TdragSupport::startDrag(this, supportedActions, m_dragPictureEdge);
 }
+
+void BrowserListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QList<int>& roles)
+{
+    const bool pictureOnly = roles.size() == 1 && roles.constFirst() == Qt::DecorationRole;
+    if (pictureOnly && state() == QAbstractItemView::EditingState) {
+        for (int row = topLeft.row(); row <= bottomRight.row(); ++row)
+            viewport()->update(visualRect(topLeft.sibling(row, topLeft.column())));
+        return;
+    }
+    QListView::dataChanged(topLeft, bottomRight, roles);
+}

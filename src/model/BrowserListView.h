@@ -74,6 +74,12 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
 
+protected Q_SLOTS:
+    // A picture arriving for an item being renamed repaints it and leaves the editor alone:
+    // the base class would put the old name back into it, over what the user is typing.
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                     const QList<int>& roles = QList<int>()) override;
+
 private:
     void stopAnimation();
     void startAnimation(const QModelIndex& index);

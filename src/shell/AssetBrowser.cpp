@@ -3,6 +3,7 @@
 #include "BrowserListView.h"
 #include "BrowserTreeView.h"
 #include "PreviewPane.h"
+#include "QvelaBreadCrumb.h"
 #include "SearchToolbar.h"
 #include "TcommandEngine.h"
 #include "TcontentKeyMap.h"
@@ -25,6 +26,7 @@
 #include <iterator>
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -64,6 +66,39 @@ void dropMenuActions(QMenu* menu)
 }
 } // namespace
 
+namespace {
+bool takesTab(const QWidget* widget)
+{
+    return widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus)
+        && !widget->focusProxy();
+}
+
+bool within(const QWidget* area, const QWidget* widget)
+{
+    return area && widget && (area == widget || area->isAncestorOf(widget));
+}
+
+// The widgets of one pane in reading order: rows from the top (a widget joins a row while its
+// centre lies within the row's first widget's height), left to right within a row.
+void appendInReadingOrder(QList<QWidget*> widgets, const QWidget* frame, QList<QWidget*>& stops)
+{
+    const auto centre = [frame](const QWidget* w) { return w->mapTo(frame, w->rect().center()); };
+    std::stable_sort(widgets.begin(), widgets.end(),
+                     [&centre](const QWidget* a, const QWidget* b) { return centre(a).y() < centre(b).y(); });
+    for (int start = 0; start < widgets.size();) {
+        const QWidget* first = widgets.at(start);
+        const int rowBottom = centre(first).y() + std::max(1, first->height() / 2);
+        int end = start + 1;
+        while (end < widgets.size() && centre(widgets.at(end)).y() <= rowBottom)
+            ++end;
+        std::stable_sort(widgets.begin() + start, widgets.begin() + end,
+                         [&centre](const QWidget* a, const QWidget* b) { return centre(a).x() < centre(b).x(); });
+        start = end;
+    }
+    stops += widgets;
+}
+} // namespace
+
 AssetBrowser::AssetBrowser(const TassetBrowserOptions& options, QWidget* parent)
     : ORLOAssetBrowser(parent)
 {
@@ -95,7 +130,7 @@ void AssetBrowser::setUpKeyboardAndDrops()
     new TfavoritesDropTarget(m_sidePanel->favoritesOrganizer(), m_sidePanel->tabWidget());
 
     // Tab: side panel, path bar, search field, content view, preview.
-    QWidget* order[] = {m_sidePanel->tabWidget(), m_pathBar->pathEdit(), m_contentPane->listWidget()->searchBar(),
+    QWidget* order[] = {m_sidePanel->tabWidget(), m_pathBar->breadCrumb(), m_pathBar->pathEdit(), m_contentPane->listWidget()->searchBar(),
                         m_contentPane->listWidget()->listView(), m_contentPane->treeWidget()->searchBar(),
                         m_contentPane->treeWidget()->treeView(), m_previewPanel};
     for (size_t i = 1; i < std::size(order); ++i)
@@ -489,4 +524,64 @@ void AssetBrowser::showEvent(QShowEvent* event)
     QMenuBar* menuBar = TiceGlobalState::currentQMenuBar();
     if (menuBar && menuBar->parentWidget() && menuBar->parentWidget()->isAncestorOf(this))
         menuBar->hide();
+}
+
+bool AssetBrowser::focusNextPrevChild(bool next)
+{
+    QWidget* focus = QApplication::focusWidget();
+    if (!isVisible() || !within(this, focus))
+        return ORLOAssetBrowser::focusNextPrevChild(next);
+
+    QWidget* const view = !m_contentPane->isTreeViewVisible() ? static_cast<QWidget*>(m_contentPane->listWidget()->listView())
+                                                              : m_contentPane->treeWidget()->treeView();
+    const QWidget* panes[] = {m_sidePanel, m_pathBar, m_contentPane, m_previewContainer};
+    QList<QWidget*> grouped[std::size(panes)];
+    const QList<QWidget*> all = findChildren<QWidget*>();
+    for (QWidget* widget : all) {
+        if (!takesTab(widget) || widget == view)
+            continue;
+        for (size_t pane = 0; pane < std::size(panes); ++pane) {
+            if (within(panes[pane], widget)) {
+                grouped[pane] << widget;
+                break;
+            }
+        }
+    }
+    QList<QWidget*> stops;
+    for (size_t pane = 0; pane < std::size(panes); ++pane) {
+        appendInReadingOrder(grouped[pane], this, stops);
+        // The content view comes after its toolbar and search field, wherever they sit.
+        if (panes[pane] == m_contentPane && takesTab(view))
+            stops << view;
+    }
+
+    // The focus widget itself, or else the stop that holds it (a field inside a combo box).
+    int at = int(stops.indexOf(focus));
+    for (int i = 0; i < stops.size() && at < 0; ++i) {
+        if (within(stops.at(i), focus))
+            at = i;
+    }
+    if (at < 0)
+        return ORLOAssetBrowser::focusNextPrevChild(next);
+    const int to = at + (next ? 1 : -1);
+    if (to >= 0 && to < stops.size()) {
+        stops.at(to)->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        return true;
+    }
+    // Past the last (or first) pane: on to the host's next widget in its own focus chain.
+    QWidget* candidate = focus;
+    for (int guard = 0; guard < 10000; ++guard) {
+        candidate = next ? candidate->nextInFocusChain() : candidate->previousInFocusChain();
+        if (!candidate || candidate == focus)
+            break;
+        if (!within(this, candidate) && candidate->window() == window() && takesTab(candidate)) {
+            candidate->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+            return true;
+        }
+    }
+    // Nothing else in the window takes focus: round again.
+    if (stops.isEmpty())
+        return false;
+    stops.at(next ? 0 : int(stops.size()) - 1)->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
 }

@@ -72,6 +72,10 @@ public Q_SLOTS:
     void openOptionsDialog(QString mode, QString file);
 
 protected:
+    // Tab and Shift+Tab move through the panes in reading order (side panel, path bar, the
+    // content pane's toolbar, search field and view, preview), whatever order their widgets
+    // were made or moved in; past either end the focus leaves for the host's next widget.
+    bool focusNextPrevChild(bool next) override;
     void showEvent(QShowEvent* event) override;
 
 private:

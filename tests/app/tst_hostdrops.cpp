@@ -12,6 +12,7 @@
 #include "ThostMainWindow.h"
 #include "ThostScene.h"
 #include "ThostSceneDock.h"
+#include "ThostViewport.h"
 #include "SearchToolbar.h"
 #include "ThumbnailPane.h"
 #include "TrecordingHost.h"
@@ -124,15 +125,18 @@ void TstHostDrops::sceneDockBringsInEachDroppedFile_data()
     QTest::addColumn<bool>("fromBrowser");
     QTest::addColumn<bool>("alt");
     QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<bool>("onViewport");
     const QStringList two{"shots/lamp.vela", "shots/crate.vela"};
-    QTest::newRow("browser drag imports") << two << true << false
-                                          << QStringList{"performFileSilentImportAction", "performFileSilentImportAction"};
-    QTest::newRow("alt references") << two << true << true
-                                    << QStringList{"performFileReferenceAction", "performFileReferenceAction"};
+    const QStringList imports{"performFileSilentImportAction", "performFileSilentImportAction"};
+    const QStringList references{"performFileReferenceAction", "performFileReferenceAction"};
+    QTest::newRow("browser drag imports") << two << true << false << imports << false;
+    QTest::newRow("alt references") << two << true << true << references << false;
     QTest::newRow("desktop files too") << QStringList{"shots/barrel.vela"} << false << false
-                                       << QStringList{"performFileSilentImportAction"};
+                                       << QStringList{"performFileSilentImportAction"} << false;
     QTest::newRow("folders left out") << QStringList{"shots/sub", "shots/barrel.vela"} << true << false
-                                      << QStringList{"performFileSilentImportAction"};
+                                      << QStringList{"performFileSilentImportAction"} << false;
+    QTest::newRow("viewport imports") << two << true << false << imports << true;
+    QTest::newRow("viewport, alt references") << two << true << true << references << true;
 }
 
 void TstHostDrops::sceneDockBringsInEachDroppedFile()
@@ -141,6 +145,7 @@ void TstHostDrops::sceneDockBringsInEachDroppedFile()
     QFETCH(bool, fromBrowser);
     QFETCH(bool, alt);
     QFETCH(QStringList, expected);
+    QFETCH(bool, onViewport);
     QVERIFY(open(m_dir->filePath(QStringLiteral("shots"))));
     QStringList paths;
     for (const QString& name : std::as_const(dropped))
@@ -155,7 +160,10 @@ void TstHostDrops::sceneDockBringsInEachDroppedFile()
 
     TcommandEngine::clearRecord();
     QTreeWidget* scene = m_window->sceneDock()->list();
-    QVERIFY(dropOn(scene->viewport(), &data, alt ? Qt::AltModifier : Qt::NoModifier));
+    QWidget* target = onViewport ? m_window->viewport()->area() : scene->viewport();
+    QVERIFY(dropOn(target, &data, alt ? Qt::AltModifier : Qt::NoModifier));
+    // The outline shown while the drag hovered is gone once the files landed.
+    QVERIFY(!target->property("dropHovered").toBool());
 
     QStringList sent;
     const QStringList files = paths.filter(QStringLiteral(".vela"));

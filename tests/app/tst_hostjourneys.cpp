@@ -4,6 +4,9 @@
 #include "BrowserListView.h"
 #include "FilePreview.h"
 #include "PreviewPane.h"
+#include "QvelaBreadCrumb.h"
+#include "TcontentSearchBar.h"
+#include "TreeViewPane.h"
 #include "TcontentListView.h"
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
@@ -41,6 +44,7 @@ private Q_SLOTS:
     void screenshotWaitsForTheListing();
     void oneEnterInThePathBarIsOneNavigation_data();
     void oneEnterInThePathBarIsOneNavigation();
+    void tabWalksThroughEveryPaneAndTheBreadcrumbEditsOnEnter();
 
 private:
     AssetBrowser* open(const QString& folder);
@@ -279,6 +283,62 @@ void TstHostJourneys::oneEnterInThePathBarIsOneNavigation()
         QCOMPARE(selected.size(), 0);
         QCOMPARE(browser->history().size(), historyBefore);
     }
+}
+
+// Keyboard only, in the whole window: Tab reaches each pane in reading order, the path bar
+// included while it shows the breadcrumb, and the breadcrumb turns into the typing field on
+// Enter and back on Escape without losing the focus.
+void TstHostJourneys::tabWalksThroughEveryPaneAndTheBreadcrumbEditsOnEnter()
+{
+    AssetBrowser* browser = open(m_dir->filePath(QStringLiteral("shots")));
+    QVERIFY(browser);
+    SearchToolbar* bar = browser->pathBar();
+    QTRY_VERIFY(bar->breadCrumb()->isVisible());
+    browser->sidePanel()->tabWidget()->setFocus(Qt::TabFocusReason);
+    QTRY_VERIFY(browser->sidePanel()->tabWidget()->hasFocus());
+
+    const auto inside = [](const QWidget* area) {
+        const QWidget* focus = QApplication::focusWidget();
+        return focus && (focus == area || area->isAncestorOf(focus));
+    };
+    // Reading order: side panel, path bar, the content pane's header (toolbar and search
+    // field), the content view, the preview. Tab until the focus leaves the browser; the
+    // panes must come in that order, each reached, none returned to.
+    const QList<QPair<int, const QWidget*>> panes = {
+        {0, browser->sidePanel()},
+        {1, bar},
+        {3, browser->contentPane()->listWidget()->listView()},
+        {2, browser->contentPane()},
+        {4, browser->previewContainer()},
+    };
+    QList<int> ranks;
+    bool searchReached = false;
+    for (int presses = 0; presses < 60; ++presses) {
+        int rank = -1;
+        for (const auto& pane : panes) {
+            if (inside(pane.second)) {
+                rank = pane.first;
+                break;
+            }
+        }
+        if (rank < 0)
+            break;
+        searchReached |= inside(browser->contentPane()->listWidget()->searchBar());
+        if (ranks.isEmpty() || ranks.constLast() != rank)
+            ranks << rank;
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    QCOMPARE(ranks, QList<int>({0, 1, 2, 3, 4}));
+    QVERIFY(searchReached);
+    QVERIFY(!inside(browser));
+
+    bar->breadCrumb()->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(bar->breadCrumb(), Qt::Key_Return);
+    QTRY_VERIFY(bar->pathEdit()->isVisible());
+    QVERIFY(inside(bar->pathEdit()));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QTRY_VERIFY(bar->breadCrumb()->isVisible());
+    QVERIFY(bar->breadCrumb()->hasFocus());
 }
 
 QTEST_MAIN(TstHostJourneys)

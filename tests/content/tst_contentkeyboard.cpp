@@ -328,6 +328,11 @@ void TstContentKeyboard::renameAndNewFolder()
     // Enter in the editor commits the name; it does not open anything.
     editor->selectAll();
     QTest::keyClicks(editor, QStringLiteral("renamed.vela"));
+    // The item's picture may arrive while the user types: the typed name stays.
+    QAbstractItemModel* model = grid()->model();
+    const QModelIndex edited = grid()->currentIndex();
+    Q_EMIT model->dataChanged(edited, edited, {Qt::DecorationRole});
+    QCOMPARE(editor->text(), QStringLiteral("renamed.vela"));
     press(editor, QStringLiteral("Return"));
     QTRY_VERIFY(QFileInfo::exists(QDir(m_dir->path()).filePath(QStringLiteral("renamed.vela"))));
     QVERIFY(fileCommands().isEmpty());
