@@ -7,7 +7,11 @@
 #include "ThostMainWindow.h"
 #include "ThumbnailPane.h"
 
+#include <QDir>
 #include <QFileInfo>
+#include <QFileSystemModel>
+
+#include <memory>
 #include <QtTest>
 
 namespace ThostJourney {
@@ -21,13 +25,23 @@ Opened open(const QString& preferenceDir, const QString& folder)
     settings.forceStartFolder = true;
     Opened opened;
     opened.window = std::make_unique<ThostMainWindow>(settings);
+    auto* browser = qobject_cast<AssetBrowser*>(opened.window->browser());
+    if (!browser)
+        return opened;
+    // Connected before the event loop runs, so the listing's end cannot be missed. A click
+    // made while rows still arrive and move could land on another item than the one aimed at.
+    auto listed = std::make_shared<bool>(false);
+    const QString root = QDir::cleanPath(folder);
+    QObject::connect(browser->contentPane()->fileModel(), &QFileSystemModel::directoryLoaded, opened.window.get(),
+                     [listed, root](const QString& path) { *listed = *listed || QDir::cleanPath(path) == root; });
     opened.window->resize(1400, 900);
     opened.window->show();
-    if (!QTest::qWaitForWindowExposed(opened.window.get()))
+    if (!QTest::qWaitForWindowExposed(opened.window.get()) || !QTest::qWaitFor([listed] { return *listed; }, 20000))
         return opened;
-    opened.browser = qobject_cast<AssetBrowser*>(opened.window->browser());
-    if (opened.browser)
-        opened.browser->contentPane()->setIconViewVisible();
+    // The model sorts what arrived on the next pass of the event loop.
+    QCoreApplication::processEvents();
+    browser->contentPane()->setIconViewVisible();
+    opened.browser = browser;
     return opened;
 }
 
