@@ -24,6 +24,7 @@
 #include <QTest>
 #include <QThread>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -51,6 +52,28 @@ public:
     QMutex mutex;
     QSet<QThread*> threads;
     QStringList loaded;
+};
+
+// Calls back as each paint of the watched widget begins.
+class TpaintWatch : public QObject
+{
+public:
+    TpaintWatch(QWidget* widget, std::function<void()> onPaint)
+        : m_onPaint(std::move(onPaint))
+    {
+        widget->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            m_onPaint();
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    std::function<void()> m_onPaint;
 };
 
 QImage solid(const QSize& size, const QColor& colour)
@@ -190,27 +213,26 @@ void TestThumbnailGrid::rowsNeverPaintedAreNeverDecoded()
     }
     TthumbnailService* service = TthumbnailService::instance();
     openPane(600, 400);
-    QVERIFY(show(m_dir->path(), scenes));
-    QTRY_VERIFY(!m_host->loaded.isEmpty());
-    QTRY_VERIFY(service->isIdle());
 
-    auto paintedNow = [this] {
-        QSet<QString> painted;
+    // What each paint shows, from the first one on: while the folder is still listing, the
+    // first screen holds whichever entries have arrived.
+    QSet<QString> painted;
+    TpaintWatch watch(grid()->viewport(), [&] {
         const QRect viewport = grid()->viewport()->rect();
         for (int row = 0; row < m_pane->proxy()->rowCount(grid()->rootIndex()); ++row) {
             const QModelIndex index = m_pane->proxy()->index(row, 0, grid()->rootIndex());
             if (grid()->visualRect(index).intersects(viewport))
                 painted.insert(m_pane->fileModel()->filePath(m_pane->proxy()->mapToSource(index)));
         }
-        return painted;
-    };
-    QSet<QString> painted = paintedNow();
+    });
+    QVERIFY(show(m_dir->path(), scenes));
+    QTRY_VERIFY(!m_host->loaded.isEmpty());
+    QTRY_VERIFY(service->isIdle());
     QVERIFY(painted.size() > 0 && painted.size() < scenes / 4);
     // Straight to the last screen: the rows in between are never painted.
     grid()->verticalScrollBar()->setValue(grid()->verticalScrollBar()->maximum());
     QTRY_VERIFY(m_host->loaded.contains(m_dir->filePath(QStringLiteral("s%1.mb").arg(scenes - 1))));
     QTRY_VERIFY(service->isIdle());
-    painted.unite(paintedNow());
 
     const QSet<QString> asked(m_host->loaded.cbegin(), m_host->loaded.cend());
     for (const QString& path : asked)
