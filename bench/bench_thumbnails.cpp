@@ -49,6 +49,7 @@
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
+#include <QVector>
 
 #include <algorithm>
 #include <cstdio>
@@ -227,25 +228,48 @@ bool waitFor(const std::function<bool()>& done, int timeoutMs)
     return true;
 }
 
+// The rows whose cells overlap the grid's viewport: the grid lays rows out in model order, so
+// they are one run, found by a binary search on the cells' bottoms (rows not laid out yet have
+// no cell and count as below). A few dozen lookups, cheap enough to run inside the heartbeat.
+QVector<QModelIndex> visibleIndexes(BrowserListView* grid)
+{
+    QVector<QModelIndex> shown;
+    const QAbstractItemModel* model = grid->model();
+    const QModelIndex root = grid->rootIndex();
+    const int rows = model ? model->rowCount(root) : 0;
+    const QRect viewport = grid->viewport()->rect();
+    auto cell = [&](int row) { return grid->visualRect(model->index(row, 0, root)); };
+    int low = 0;
+    int high = rows;
+    while (low < high) {
+        const int middle = low + (high - low) / 2;
+        const QRect rect = cell(middle);
+        if (rect.isValid() && rect.bottom() < viewport.top())
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    for (int row = low; row < rows; ++row) {
+        const QRect rect = cell(row);
+        if (!rect.isValid() || rect.top() > viewport.bottom())
+            break;
+        if (rect.intersects(viewport))
+            shown.append(model->index(row, 0, root));
+    }
+    return shown;
+}
+
 // Whether every cell inside the grid's viewport shows its real thumbnail.
 bool visibleCellsReal(BrowserListView* grid, TfileSystemModel* model, TdirectoryFilterProxy* proxy)
 {
     TthumbnailService* service = model->thumbnailService();
-    const QRect viewport = grid->viewport()->rect();
-    const QSize cell = grid->gridSize();
-    int seen = 0;
-    for (int y = cell.height() / 2; y < viewport.height(); y += cell.height()) {
-        for (int x = cell.width() / 2; x < viewport.width(); x += cell.width()) {
-            const QModelIndex index = grid->indexAt(QPoint(x, y));
-            if (!index.isValid())
-                continue;
-            ++seen;
-            const TthumbnailKey key = model->thumbnailKey(proxy->mapToSource(index));
-            if (key.isValid() && !service->isCached(key))
-                return false;
-        }
+    const QVector<QModelIndex> shown = visibleIndexes(grid);
+    for (const QModelIndex& index : shown) {
+        const TthumbnailKey key = model->thumbnailKey(proxy->mapToSource(index));
+        if (key.isValid() && !service->isCached(key))
+            return false;
     }
-    return seen > 0;
+    return !shown.isEmpty();
 }
 
 double median(std::vector<double> values)

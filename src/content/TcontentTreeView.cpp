@@ -42,14 +42,7 @@ TcontentTreeView::TcontentTreeView(const TassetBrowserOptions* options, QAbstrac
     m_view->setIconSize(TuiScale::size(options, 16, 16));
     m_view->setAllColumnsShowFocus(true);
     m_view->header()->setStretchLastSection(true);
-    // Names arrive after the view is laid out; the column follows them as they come. A mode
-    // can only be given to a section that exists.
-    QHeaderView* header = m_view->header();
-    const auto fitNames = [header] {
-        if (header->count() > 0)
-            header->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    };
-    connect(header, &QHeaderView::sectionCountChanged, this, fitNames);
+    connect(m_view->header(), &QHeaderView::sectionCountChanged, this, &TcontentTreeView::fitNames);
     m_view->setModel(model);
     fitNames();
 
@@ -58,6 +51,28 @@ TcontentTreeView::TcontentTreeView(const TassetBrowserOptions* options, QAbstrac
 }
 
 TcontentTreeView::~TcontentTreeView() = default;
+
+void TcontentTreeView::fitNames()
+{
+    // Names arrive after the view is laid out; the column follows them as they come. Fitting
+    // measures the names, so a hidden list (behind the grid) waits until it is shown. A mode
+    // can only be given to a section that exists.
+    QHeaderView* header = m_view->header();
+    if (header->count() > 0)
+        header->setSectionResizeMode(0, isVisible() ? QHeaderView::ResizeToContents : QHeaderView::Interactive);
+}
+
+void TcontentTreeView::showEvent(QShowEvent* event)
+{
+    TcontentWidget::showEvent(event);
+    fitNames();
+}
+
+void TcontentTreeView::hideEvent(QHideEvent* event)
+{
+    TcontentWidget::hideEvent(event);
+    fitNames();
+}
 
 QAbstractItemView* TcontentTreeView::contentView() const
 {

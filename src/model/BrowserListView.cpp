@@ -7,38 +7,108 @@
 #include "TiconAnimationWorker.h"
 #include "TthumbnailService.h"
 
+#include <QApplication>
+#include <QHash>
 #include <QItemSelectionModel>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QScrollBar>
 #include <QSet>
+#include <QStyle>
 #include <QStyledItemDelegate>
 
+#include <algorithm>
 #include <functional>
 
-namespace {
-
-// Tells the view which rows it paints: the only rows whose thumbnails are asked for.
-class TpaintedRowsDelegate : public QStyledItemDelegate
+// Tells the view which rows it paints (the only rows whose thumbnails are asked for), and
+// sizes the grid's items.
+class TgridItemDelegate : public QStyledItemDelegate
 {
 public:
-    TpaintedRowsDelegate(std::function<void(const QModelIndex&)> painted, QObject* parent)
-        : QStyledItemDelegate(parent)
+    TgridItemDelegate(BrowserListView* view, std::function<void(const QModelIndex&, const QRect&)> painted)
+        : QStyledItemDelegate(view)
+        , m_view(view)
         , m_painted(std::move(painted))
     {
     }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
-        m_painted(index);
+        m_painted(index, option.rect);
         QStyledItemDelegate::paint(painter, option, index);
     }
 
-private:
-    std::function<void(const QModelIndex&)> m_painted;
-};
+    // In a grid, the layout gets the cell: measuring every name of a large folder would hold
+    // up the GUI thread for the length of the whole listing, at every relayout.
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        if (m_view->viewMode() == QListView::IconMode && m_view->gridSize().isValid() && !m_view->gridSize().isEmpty())
+            return m_view->gridSize();
+        return measured(option, index);
+    }
 
-} // namespace
+    // What the base delegate would answer, from the names measured before where it can.
+    QSize measured(const QStyleOptionViewItem& option, const QModelIndex& index) const
+    {
+        const QVariant hint = index.data(Qt::SizeHintRole);
+        if (hint.isValid())
+            return hint.value<QSize>();
+        QStyleOptionViewItem item = option;
+        initStyleOption(&item, index);
+        const QWidget* widget = item.widget;
+        const QStyle* style = widget ? widget->style() : QApplication::style();
+        const Settings now{item.font, item.rect.size(), style, int(item.decorationPosition),
+                           int(item.displayAlignment), int(item.textElideMode)};
+        if (!(now == m_settings) || m_sizes.size() > maxRemembered) {
+            m_settings = now;
+            m_sizes.clear();
+        }
+        const Key key{item.text, item.decorationSize, int(item.features)};
+        const auto known = m_sizes.constFind(key);
+        if (known != m_sizes.constEnd())
+            return *known;
+        const QSize size = style->sizeFromContents(QStyle::CT_ItemViewItem, &item, QSize(), widget);
+        m_sizes.insert(key, size);
+        return size;
+    }
+
+private:
+    // Names are measured for what is on screen; a long session sees many folders.
+    static constexpr int maxRemembered = 4096;
+    struct Settings
+    {
+        QFont font;
+        QSize rect;
+        const QStyle* style = nullptr;
+        int position = 0;
+        int alignment = 0;
+        int elide = 0;
+        bool operator==(const Settings& other) const
+        {
+            return font == other.font && rect == other.rect && style == other.style && position == other.position
+                && alignment == other.alignment && elide == other.elide;
+        }
+    };
+    struct Key
+    {
+        QString text;
+        QSize decoration;
+        int features = 0;
+        bool operator==(const Key& other) const
+        {
+            return text == other.text && decoration == other.decoration && features == other.features;
+        }
+    };
+    friend size_t qHash(const Key& key, size_t seed = 0)
+    {
+        return qHashMulti(seed, key.text, key.decoration.width(), key.decoration.height(), key.features);
+    }
+
+    BrowserListView* m_view;
+    std::function<void(const QModelIndex&, const QRect&)> m_painted;
+    mutable Settings m_settings;
+    mutable QHash<Key, QSize> m_sizes;
+};
 
 BrowserListView::BrowserListView(QWidget* parent)
     : QListView(parent)
@@ -49,7 +119,13 @@ BrowserListView::BrowserListView(QWidget* parent)
     setMouseTracking(true);
     viewport()->setMouseTracking(true);
     viewport()->setAttribute(Qt::WA_Hover);
-    setItemDelegate(new TpaintedRowsDelegate([this](const QModelIndex& index) { m_painted.append(index); }, this));
+    // The view paints every item whose cell meets the damaged area; only those that show
+    // something there count as painted.
+    m_delegate = new TgridItemDelegate(this, [this](const QModelIndex& index, const QRect& rect) {
+        if (rect.intersects(m_paintRect))
+            m_painted.append(index);
+    });
+    setItemDelegate(m_delegate);
 }
 
 BrowserListView::~BrowserListView()
@@ -111,7 +187,7 @@ QVector<QModelIndex> BrowserListView::indexesIn(const QRect& rect) const
     QSet<QModelIndex> seen;
     for (int y = rect.top(); y <= rect.bottom() + stepY - 1; y += stepY) {
         for (int x = rect.left(); x <= rect.right() + stepX - 1; x += stepX) {
-            const QModelIndex index = indexAt(QPoint(qMin(x, rect.right()), qMin(y, rect.bottom())));
+            const QModelIndex index = QListView::indexAt(QPoint(qMin(x, rect.right()), qMin(y, rect.bottom())));
             if (index.isValid() && !seen.contains(index)) {
                 seen.insert(index);
                 found.append(index);
@@ -119,6 +195,62 @@ QVector<QModelIndex> BrowserListView::indexesIn(const QRect& rect) const
         }
     }
     return found;
+}
+
+bool BrowserListView::usesCells() const
+{
+    return viewMode() == IconMode && gridSize().isValid() && !gridSize().isEmpty() && itemDelegate() == m_delegate;
+}
+
+QSize BrowserListView::measuredSize(const QModelIndex& index) const
+{
+    // The option a measuring layout hands the delegate.
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    return m_delegate->measured(option, index);
+}
+
+QRect BrowserListView::visualRect(const QModelIndex& index) const
+{
+    const QRect cell = QListView::visualRect(index);
+    if (!cell.isValid() || !usesCells())
+        return cell;
+    // Where a measuring layout puts an item in a grid: centred across its cell, at its top,
+    // and never larger than the cell.
+    const QSize size = measuredSize(index).boundedTo(cell.size());
+    return QRect(cell.left() + (cell.width() - size.width()) / 2, cell.top(), size.width(), size.height());
+}
+
+QModelIndex BrowserListView::indexAt(const QPoint& point) const
+{
+    const QModelIndex index = QListView::indexAt(point);
+    if (index.isValid() && usesCells() && !visualRect(index).contains(point))
+        return QModelIndex();
+    return index;
+}
+
+void BrowserListView::setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command)
+{
+    // A click or a Shift range works on whole cells as before; only the band is narrowed.
+    if (!usesCells() || state() != DragSelectingState || !selectionModel()) {
+        QListView::setSelection(rect, command);
+        return;
+    }
+    QVector<QModelIndex> met;
+    for (const QModelIndex& index : indexesIn(rect.normalized())) {
+        if (visualRect(index).intersects(rect.normalized()) && (model()->flags(index) & Qt::ItemIsEnabled))
+            met.append(index);
+    }
+    std::sort(met.begin(), met.end(), [](const QModelIndex& a, const QModelIndex& b) { return a.row() < b.row(); });
+    QItemSelection selection;
+    for (int i = 0; i < met.size();) {
+        int last = i;
+        while (last + 1 < met.size() && met.at(last + 1).row() == met.at(last).row() + 1)
+            ++last;
+        selection.select(met.at(i), met.at(last));
+        i = last + 1;
+    }
+    selectionModel()->select(selection, command);
 }
 
 void BrowserListView::paintEvent(QPaintEvent* event)
@@ -131,6 +263,7 @@ void BrowserListView::paintEvent(QPaintEvent* event)
             files->setThumbnailSize(pixels);
     }
     m_painted.clear();
+    m_paintRect = event->rect();
     QListView::paintEvent(event);
     if (files)
         requestThumbnails();

@@ -11,6 +11,7 @@
 #include <QVector>
 
 class QSortFilterProxyModel;
+class TgridItemDelegate;
 class TassetBrowserOptions;
 class TfileSystemModel;
 class TthumbnailService;
@@ -31,6 +32,11 @@ struct TthumbnailKey;
 // ahead in the direction of the last scroll (ahead priority). Whenever what it shows changes
 // (scrolling, resizing, icon size, folder) it drops its requests for every other row; a new
 // folder drops them all. The file model replaces each placeholder as its thumbnail arrives.
+//
+// Layout: in icon mode with a grid, every item takes one grid cell in the layout, so that
+// laying out a folder of thousands of entries never measures their names. Each item still
+// shows, answers the pointer and is selected within the rectangle its own picture and name
+// take (visualRect), placed in its cell where a measured layout would put it.
 class BrowserListView : public QListView
 {
     Q_OBJECT
@@ -54,6 +60,11 @@ public:
     // The thumbnail under the pointer as last seen; invalid when none.
     QModelIndex hoveredIndex() const { return m_hovered; }
 
+    // The item's own rectangle: its picture and name, inside its grid cell.
+    QRect visualRect(const QModelIndex& index) const override;
+    // The item whose own rectangle holds point; invalid over the free part of a cell.
+    QModelIndex indexAt(const QPoint& point) const override;
+
 Q_SIGNALS:
     void newSelection(QModelIndex index);
     void rightClicked(QModelIndex index);
@@ -73,6 +84,8 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    // A rubber band selects the items whose own rectangles it meets, as with measured cells.
+    void setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) override;
 
 protected Q_SLOTS:
     // A picture arriving for an item being renamed repaints it and leaves the editor alone:
@@ -81,10 +94,16 @@ protected Q_SLOTS:
                      const QList<int>& roles = QList<int>()) override;
 
 private:
+    // Whether the layout gives every item a whole grid cell.
+    bool usesCells() const;
+    // The size a measured layout would give the item: its picture and its name as drawn.
+    QSize measuredSize(const QModelIndex& index) const;
+
     void stopAnimation();
     void startAnimation(const QModelIndex& index);
     TfileSystemModel* fileModel() const;
     TthumbnailKey keyOf(const QModelIndex& index) const;
+    // The items whose layout cells overlap rect (viewport coordinates).
     QVector<QModelIndex> indexesIn(const QRect& rect) const;
     void requestThumbnails();
 
@@ -110,7 +129,9 @@ private:
     const TassetBrowserOptions* m_options = nullptr;
     // Rows painted in the current paint event, asked for once it ends.
     QVector<QModelIndex> m_painted;
+    QRect m_paintRect;
     Shown m_shown;
     int m_direction = 1;
     int m_dragPictureEdge = 64;
+    TgridItemDelegate* m_delegate = nullptr;
 };

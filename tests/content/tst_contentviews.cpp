@@ -279,6 +279,13 @@ void TestContentViews::detailNamesArrivingLateAreNotCut()
     model.setColumnCount(2);
     model.appendRow({new QStandardItem(name), new QStandardItem(QStringLiteral("12 KB"))});
     QTRY_VERIFY(details.treeView()->columnWidth(0) >= details.treeView()->fontMetrics().horizontalAdvance(name));
+
+    // Behind the grid the list does not follow the names; shown again, it fits them at once.
+    details.hide();
+    const QString longer = name + QStringLiteral("_with_a_much_longer_tail_for_the_lighting_pass.vela");
+    model.appendRow({new QStandardItem(longer), new QStandardItem(QStringLiteral("14 KB"))});
+    details.show();
+    QTRY_VERIFY(details.treeView()->columnWidth(0) >= details.treeView()->fontMetrics().horizontalAdvance(longer));
 }
 
 QTEST_MAIN(TestContentViews)

@@ -14,14 +14,19 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QMutex>
+#include <QListView>
+#include <QPainter>
 #include <QScrollBar>
 #include <QSet>
 #include <QSignalSpy>
+#include <QStandardItemModel>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -49,6 +54,28 @@ public:
     QStringList loaded;
 };
 
+// Calls back as each paint of the watched widget begins.
+class TpaintWatch : public QObject
+{
+public:
+    TpaintWatch(QWidget* widget, std::function<void()> onPaint)
+        : m_onPaint(std::move(onPaint))
+    {
+        widget->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            m_onPaint();
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    std::function<void()> m_onPaint;
+};
+
 QImage solid(const QSize& size, const QColor& colour)
 {
     QImage image(size, QImage::Format_RGB32);
@@ -70,6 +97,8 @@ private Q_SLOTS:
     void rowsNeverPaintedAreNeverDecoded();
     void leavingAFolderCancelsItsPendingWork();
     void detailListShowsKindIconsOnly();
+    void gridShowsNamesAsAMeasuredLayoutWould_data();
+    void gridShowsNamesAsAMeasuredLayoutWould();
 
 private:
     void openPane(int width, int height);
@@ -184,27 +213,26 @@ void TestThumbnailGrid::rowsNeverPaintedAreNeverDecoded()
     }
     TthumbnailService* service = TthumbnailService::instance();
     openPane(600, 400);
-    QVERIFY(show(m_dir->path(), scenes));
-    QTRY_VERIFY(!m_host->loaded.isEmpty());
-    QTRY_VERIFY(service->isIdle());
 
-    auto paintedNow = [this] {
-        QSet<QString> painted;
+    // What each paint shows, from the first one on: while the folder is still listing, the
+    // first screen holds whichever entries have arrived.
+    QSet<QString> painted;
+    TpaintWatch watch(grid()->viewport(), [&] {
         const QRect viewport = grid()->viewport()->rect();
         for (int row = 0; row < m_pane->proxy()->rowCount(grid()->rootIndex()); ++row) {
             const QModelIndex index = m_pane->proxy()->index(row, 0, grid()->rootIndex());
             if (grid()->visualRect(index).intersects(viewport))
                 painted.insert(m_pane->fileModel()->filePath(m_pane->proxy()->mapToSource(index)));
         }
-        return painted;
-    };
-    QSet<QString> painted = paintedNow();
+    });
+    QVERIFY(show(m_dir->path(), scenes));
+    QTRY_VERIFY(!m_host->loaded.isEmpty());
+    QTRY_VERIFY(service->isIdle());
     QVERIFY(painted.size() > 0 && painted.size() < scenes / 4);
     // Straight to the last screen: the rows in between are never painted.
     grid()->verticalScrollBar()->setValue(grid()->verticalScrollBar()->maximum());
     QTRY_VERIFY(m_host->loaded.contains(m_dir->filePath(QStringLiteral("s%1.mb").arg(scenes - 1))));
     QTRY_VERIFY(service->isIdle());
-    painted.unite(paintedNow());
 
     const QSet<QString> asked(m_host->loaded.cbegin(), m_host->loaded.cend());
     for (const QString& path : asked)
@@ -255,6 +283,113 @@ void TestThumbnailGrid::detailListShowsKindIconsOnly()
     // Back to the grid: now the picture is made.
     m_pane->setIconViewVisible();
     QTRY_VERIFY(decorationKey(path) != placeholderKey(path));
+}
+
+void TestThumbnailGrid::gridShowsNamesAsAMeasuredLayoutWould_data()
+{
+    QTest::addColumn<int>("edge");
+    QTest::newRow("64") << 64;
+    QTest::newRow("128") << 128;
+    QTest::newRow("256") << 256;
+}
+
+// The grid lays its items out by cell without measuring their names; what it shows, and where
+// the pointer finds an item, must still be what a layout that measures every name gives:
+// Qt's own list view with the same settings, style and font is the reference.
+void TestThumbnailGrid::gridShowsNamesAsAMeasuredLayoutWould()
+{
+    QFETCH(int, edge);
+    const QString tag = QStringLiteral("edge %1: ").arg(edge);
+    const QString shortName = QStringLiteral("a.jpg");
+    const QString twoLines = QStringLiteral("harbour scene lighting, final pass for review.vela");
+    const QString elided = QStringLiteral("harbour scene lighting final pass with every note from the review of "
+                                          "the third act and then some more words.vela");
+    const QStringList names{shortName, twoLines, elided, QStringLiteral("Harbour_Scene_Lighting_Final_v012_no_spaces.vela"),
+                            QStringLiteral("b.png"), QStringLiteral("no picture.txt")};
+    QStandardItemModel model;
+    for (int i = 0; i < 48; ++i) {
+        const QString name = names.at(i % names.size());
+        auto* item = new QStandardItem(i < names.size() ? name : QStringLiteral("%1 %2").arg(i).arg(name));
+        if (name != names.last()) {
+            QPixmap picture(edge, edge * 3 / 4);
+            picture.fill(QColor::fromHsv((i * 37) % 360, 160, 200));
+            item->setIcon(QIcon(picture));
+        }
+        model.appendRow(item);
+    }
+
+    TcontentListView ours(&m_options, &model, nullptr);
+    ours.resize(720, 520);
+    ours.setThumbnailSize(edge);
+    BrowserListView* grid = ours.listView();
+    QCOMPARE(grid->gridSize(), ours.gridSizeFor(QSize(edge, edge)));
+
+    QListView reference;
+    reference.setStyleSheet(QStringLiteral("QListView { border: none; }"));
+    reference.setStyle(grid->style());
+    reference.setFont(grid->font());
+    reference.setViewMode(QListView::IconMode);
+    reference.setMovement(grid->movement());
+    reference.setResizeMode(grid->resizeMode());
+    reference.setLayoutMode(QListView::SinglePass);
+    reference.setWrapping(true);
+    reference.setWordWrap(true);
+    reference.setSpacing(grid->spacing());
+    reference.setIconSize(grid->iconSize());
+    reference.setGridSize(grid->gridSize());
+    reference.setSelectionMode(grid->selectionMode());
+    reference.setModel(&model);
+
+    ours.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&ours));
+    reference.resize(grid->size());
+    reference.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&reference));
+    QTRY_COMPARE(reference.viewport()->size(), grid->viewport()->size());
+
+    const auto rectOf = [&](const QListView& view, const QString& name) {
+        return view.visualRect(model.indexFromItem(model.findItems(name).value(0)));
+    };
+    // A name that wraps takes a second line under the picture; one too long for two lines is
+    // cut to the cell.
+    const int line = grid->fontMetrics().lineSpacing();
+    QVERIFY2(rectOf(*grid, twoLines).height() >= rectOf(*grid, shortName).height() + line - 1,
+             qPrintable(tag + QStringLiteral("two-line name")));
+    QVERIFY2(rectOf(*grid, elided).height() <= grid->gridSize().height(), qPrintable(tag + QStringLiteral("long name")));
+
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const QModelIndex index = model.index(row, 0);
+        const QString name = tag + index.data().toString();
+        QVERIFY2(grid->visualRect(index) == reference.visualRect(index), qPrintable(name));
+        // The free part of a cell, under a short name, belongs to no item.
+        const QRect cell = grid->visualRect(index);
+        for (const QPoint& at : {cell.center(), cell.bottomLeft() + QPoint(cell.width() / 2, line / 2 + 1)})
+            QVERIFY2(grid->indexAt(at) == reference.indexAt(at), qPrintable(name));
+    }
+    QVERIFY2(grid->verticalScrollBar()->maximum() == reference.verticalScrollBar()->maximum(), qPrintable(tag));
+
+    // The same pixels, plain and with a selection (two-line and cut names among it).
+    const auto looksSame = [&] {
+        QApplication::processEvents();
+        return grid->viewport()->grab().toImage() == reference.viewport()->grab().toImage();
+    };
+    QVERIFY2(looksSame(), qPrintable(tag + QStringLiteral("plain")));
+    for (QAbstractItemView* view : {static_cast<QAbstractItemView*>(grid), static_cast<QAbstractItemView*>(&reference)}) {
+        view->selectionModel()->select(model.index(1, 0), QItemSelectionModel::Select);
+        view->selectionModel()->select(model.index(2, 0), QItemSelectionModel::Select);
+    }
+    QVERIFY2(looksSame(), qPrintable(tag + QStringLiteral("selected")));
+
+    // A rubber band over the free part of a cell alone selects nothing, as before.
+    const QRect shortCell = grid->visualRect(model.index(0, 0));
+    const QPoint below = shortCell.bottomLeft() + QPoint(shortCell.width() / 2, line / 2 + 1);
+    if (!grid->indexAt(below).isValid()) {
+        grid->selectionModel()->clear();
+        QTest::mousePress(grid->viewport(), Qt::LeftButton, Qt::NoModifier, below);
+        QTest::mouseMove(grid->viewport(), below + QPoint(3, 3));
+        QTest::mouseRelease(grid->viewport(), Qt::LeftButton, Qt::NoModifier, below + QPoint(3, 3));
+        QVERIFY2(!grid->selectionModel()->isSelected(model.index(0, 0)), qPrintable(tag + QStringLiteral("band")));
+    }
 }
 
 QTEST_MAIN(TestThumbnailGrid)
