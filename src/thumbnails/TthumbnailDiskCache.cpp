@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QTemporaryFile>
@@ -202,29 +203,96 @@ QByteArray stampText(const TthumbnailDiskCache::Stamp& stamp)
     return QByteArray();
 }
 
+quint32 bigEndianAt(const QByteArray& bytes, qsizetype at)
+{
+    return (quint32(uchar(bytes[at])) << 24) | (quint32(uchar(bytes[at + 1])) << 16)
+        | (quint32(uchar(bytes[at + 2])) << 8) | quint32(uchar(bytes[at + 3]));
+}
+
+// The header of a PNG: its size and the text keys found before the pixels (tEXt, zTXt and
+// iTXt). Qt's reader cannot be asked for them: it splits keys at their first colon.
+struct PngHeader
+{
+    QSize size;
+    QHash<QString, QString> texts;
+};
+
+bool readPngHeader(const QByteArray& png, PngHeader& header)
+{
+    if (!png.startsWith("\x89PNG\r\n\x1a\n"))
+        return false;
+    for (qsizetype at = 8; at + 12 <= png.size();) {
+        const quint32 length = bigEndianAt(png, at);
+        if (length > quint32(png.size() - at - 12))
+            return false;
+        const QByteArray type = png.mid(at + 4, 4);
+        const QByteArray body = png.mid(at + 8, qsizetype(length));
+        at += 12 + qsizetype(length);
+        if (type == "IHDR" && body.size() >= 8) {
+            header.size = QSize(int(qMin<quint32>(bigEndianAt(body, 0), 1u << 30)),
+                                int(qMin<quint32>(bigEndianAt(body, 4), 1u << 30)));
+        } else if (type == "IDAT" || type == "IEND") {
+            return header.size.isValid();
+        } else if (type == "tEXt" || type == "zTXt" || type == "iTXt") {
+            const qsizetype end = body.indexOf('\0');
+            if (end <= 0)
+                continue;
+            const QString key = QString::fromLatin1(body.left(end));
+            QByteArray value = body.mid(end + 1);
+            bool utf8 = false;
+            bool compressed = false;
+            if (type == "zTXt") {
+                compressed = true;
+                value = value.mid(1);
+            } else if (type == "iTXt") {
+                // Compression flag and method, then language and translated keyword.
+                utf8 = true;
+                compressed = value.size() >= 2 && value[0] != 0;
+                qsizetype skip = 2;
+                for (int field = 0; field < 2 && skip <= value.size(); ++field) {
+                    const qsizetype zero = value.indexOf('\0', skip);
+                    skip = zero < 0 ? value.size() + 1 : zero + 1;
+                }
+                value = value.mid(skip);
+            }
+            if (compressed) {
+                // qUncompress wants the expected length in front; it grows past a low guess.
+                QByteArray framed(4, 0);
+                framed[2] = char(0x10);
+                value = qUncompress(framed + value);
+            }
+            header.texts.insert(key, utf8 ? QString::fromUtf8(value) : QString::fromLatin1(value));
+        }
+    }
+    return false;
+}
+
 // Reads the picture at path when its URI is one of uris and its MTime is mtime. The keys are
 // looked for before the pixels first; a writer that puts them after the pixels costs a decode.
 TthumbnailDiskCache::Hit readValid(const QString& path, const QStringList& uris, qint64 mtime, int edge)
 {
     TthumbnailDiskCache::Hit hit;
-    QImageReader reader(path, "png");
-    reader.setAutoTransform(false);
-    const QSize size = reader.size();
-    if (!size.isValid() || size.isEmpty() || size.width() > edge * oversizeFactor
-        || size.height() > edge * oversizeFactor)
+    QFile file(path);
+    // A thumbnail of xx-large in the worst case is 4 MiB of raw pixels.
+    if (!file.open(QIODevice::ReadOnly) || file.size() > qint64(16) * 1024 * 1024)
+        return hit;
+    const QByteArray png = file.readAll();
+    PngHeader header;
+    if (!readPngHeader(png, header) || header.size.isEmpty() || header.size.width() > edge * oversizeFactor
+        || header.size.height() > edge * oversizeFactor)
         return hit;
     auto valid = [&](const QString& uri, const QString& stamp) {
         return uris.contains(uri) && parseSeconds(stamp) == mtime;
     };
-    QString uri = reader.text(QLatin1String(uriKey));
-    QString stamp = reader.text(QLatin1String(mtimeKey));
+    QString uri = header.texts.value(QLatin1String(uriKey));
+    QString stamp = header.texts.value(QLatin1String(mtimeKey));
     const bool early = !uri.isEmpty() && !stamp.isEmpty();
     if (early && !valid(uri, stamp))
         return hit;
-    QString source = reader.text(QLatin1String(sourceKey));
-    QImage picture = reader.read();
-    if (picture.isNull())
+    QImage picture;
+    if (!picture.loadFromData(png, "png"))
         return hit;
+    QString source = header.texts.value(QLatin1String(sourceKey));
     if (!early) {
         uri = picture.text(QLatin1String(uriKey));
         stamp = picture.text(QLatin1String(mtimeKey));
@@ -374,9 +442,8 @@ bool TthumbnailDiskCache::hasFailed(const TthumbnailSource& source) const
     const QString path = failurePath(source.uri);
     if (path.isEmpty() || !source.exists())
         return false;
-    QImageReader reader(path, "png");
-    return reader.canRead() && reader.text(QLatin1String(uriKey)) == source.uri
-        && parseSeconds(reader.text(QLatin1String(mtimeKey))) == source.mtime;
+    // A record is a picture of one pixel: its keys are all there is to read.
+    return !readValid(path, {source.uri}, source.mtime, 1).isNull();
 }
 
 bool TthumbnailDiskCache::recordFailure(const TthumbnailSource& source) const

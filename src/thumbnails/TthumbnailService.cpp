@@ -64,15 +64,13 @@ QImage fitted(const QImage& picture, const QSize& box)
     return picture.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
-// The size an image file is decoded at for its bucket: its own size, or that reduced to fit.
-QSize storedSize(const QSize& source, int edge)
+// The box an image file is decoded into for its bucket: a picture that already fits keeps
+// its own size, since a stored thumbnail is never enlarged.
+QSize storedBox(const QSize& source, int edge)
 {
-    if (!source.isValid() || source.isEmpty())
-        return QSize(edge, edge);
-    if (source.width() <= edge && source.height() <= edge)
+    if (source.isValid() && !source.isEmpty() && source.width() <= edge && source.height() <= edge)
         return source;
-    const QSize reduced = source.scaled(QSize(edge, edge), Qt::KeepAspectRatio);
-    return QSize(qMax(1, reduced.width()), qMax(1, reduced.height()));
+    return QSize(edge, edge);
 }
 
 } // namespace
@@ -703,7 +701,7 @@ void TthumbnailService::runThumbnail(const std::shared_ptr<Task>& task)
             ++m_decodes;
             if (t.cacheable) {
                 const QSize imageSize = TthumbnailDiskCache::pictureSize(path);
-                const QImage picture = TpictureDecoder::decodeImageFile(path, storedSize(imageSize, t.bucket));
+                const QImage picture = TpictureDecoder::decodeImageFile(path, storedBox(imageSize, t.bucket));
                 const TthumbnailDiskCache disk = t.disk;
                 const TthumbnailSource source = t.source;
                 const int bucket = t.bucket;
