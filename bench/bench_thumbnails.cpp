@@ -308,7 +308,8 @@ void diskCacheVisit(const QString& label, const QString& folder, int count, cons
     heartbeat.onTick([&] {
         if (listed < 0 && proxy->rowCount(grid->rootIndex()) == count)
             listed = clock.nsecsElapsed() / 1e6;
-        if (allReal < 0 && visibleCellsReal(grid, model, proxy))
+        // Cells real while the folder is still listing may yet move: count from the full list.
+        if (allReal < 0 && listed >= 0 && visibleCellsReal(grid, model, proxy))
             allReal = clock.nsecsElapsed() / 1e6;
     });
     int visible = 0;
