@@ -12,10 +12,15 @@
 //   - hover: mouse-enter to the first frame on screen, for a scene with 24 swatch frames of
 //     512 x 512.
 //
+// With --disk-cache, instead: the thumbnail disk cache. A first visit of the folder with an
+// empty cache (in /tmp/orlo-bench-cache/N), then a second visit in a new process with the
+// cache it left: time from navigation until every visible cell shows its real picture, the
+// longest GUI stall, and how many pictures were decoded or read from disk.
+//
 // The photographs are made once and kept in /tmp/orlo-bench-photos/N (a few distinct
 // pictures copied to N files): later runs reuse them.
 //
-//   bench_thumbnails [--photos N] [--throughput K] [--generate-only]
+//   bench_thumbnails [--photos N] [--throughput K] [--generate-only] [--disk-cache]
 
 #include "BrowserListView.h"
 #include "ORLOAssetBrowser.h"
@@ -30,6 +35,7 @@
 #include "TpictureDecoder.h"
 #include "TprefOptionVar.h"
 #include "Tstring.h"
+#include "TthumbnailDiskCache.h"
 #include "TthumbnailService.h"
 #include "TassetBrowserOptions.h"
 
@@ -54,6 +60,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include <sys/resource.h>
@@ -280,6 +287,102 @@ double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
+// ---- The thumbnail disk cache: a first visit, then a second one in a new process ----
+
+const char* const diskVisitOption = "disk-visit";
+
+// Opens folder once in a fresh browser whose thumbnails are kept in cacheDir, and prints
+// one line of figures under label.
+void diskCacheVisit(const QString& label, const QString& folder, int count, const QString& cacheDir)
+{
+    QTemporaryDir prefs;
+    TprefOptionVar::setPreferenceDirectory(prefs.path());
+    TprefOptionVar::setOptionVarValue(Tstring(TthumbnailService::loaderThreadsKey), QThread::idealThreadCount(),
+                                      Tstring("Content Browser"));
+    TprefOptionVar::setOptionVarValue(Tstring(TthumbnailDiskCache::locationKey), Tstring(cacheDir),
+                                      Tstring("Content Browser"));
+    ThostDpiScaling scaling;
+    ThostImageLoader loader;
+    ThostPopupMenuCreator menus;
+    TassetBrowserOptions options;
+    options.setDpiScaling(&scaling);
+    options.setImageLoader(&loader);
+    options.setPopupMenuCreator(&menus);
+    options.setPreferenceDir(prefs.path().toStdString());
+    std::unique_ptr<ORLOAssetBrowser> browser(CreateORLOAssetBrowser(options, nullptr));
+    browser->resize(1400, 900);
+    browser->show();
+    waitFor([] { return false; }, 300);
+    auto* pane = browser->findChild<ThumbnailPane*>();
+    BrowserListView* grid = pane->listWidget()->listView();
+    TfileSystemModel* model = pane->fileModel();
+    TdirectoryFilterProxy* proxy = pane->proxy();
+    TthumbnailService* service = TthumbnailService::instance();
+    const quint64 decodes = service->decodeCount();
+    const quint64 hits = service->diskHitCount();
+    const quint64 writes = service->diskWriteCount();
+
+    Heartbeat heartbeat;
+    QElapsedTimer clock;
+    PaintWatch firstPaint(grid->viewport());
+    firstPaint.condition = [&] { return proxy->rowCount(grid->rootIndex()) > 0; };
+    double allReal = -1;
+    double listed = -1;
+    // Looked at on every tick, so that the times are known to the millisecond.
+    heartbeat.onTick([&] {
+        if (listed < 0 && proxy->rowCount(grid->rootIndex()) == count)
+            listed = clock.nsecsElapsed() / 1e6;
+        // Cells real while the folder is still listing may yet move: count from the full list.
+        if (allReal < 0 && listed >= 0 && visibleCellsReal(grid, model, proxy))
+            allReal = clock.nsecsElapsed() / 1e6;
+    });
+    int visible = 0;
+    heartbeat.start();
+    // Busy time of the GUI thread: what the open costs it, whatever else the machine runs.
+    const double cpu = guiCpuMs();
+    double busy = 0;
+    clock.start();
+    firstPaint.arm(&clock);
+    pane->setListViewRootIndex(folder);
+    const bool done = waitFor([&] { return proxy->rowCount(grid->rootIndex()) == count && allReal >= 0; }, 600000);
+    busy = guiCpuMs() - cpu;
+    waitFor([&] { return service->isIdle(); }, 120000);
+    heartbeat.stop();
+    for (int y = grid->gridSize().height() / 2; y < grid->viewport()->height(); y += grid->gridSize().height())
+        for (int x = grid->gridSize().width() / 2; x < grid->viewport()->width(); x += grid->gridSize().width())
+            visible += grid->indexAt(QPoint(x, y)).isValid() ? 1 : 0;
+    // The last pictures are written after they are shown: let the workers finish them.
+    waitFor([&] { return service->activeWorkers() == 0; }, 120000);
+    std::printf("%s: first paint %.0f ms, all %d listed %.0f ms, all %d visible cells real %.0f ms%s; GUI stall "
+                "longest %.1f ms, p99 %.1f ms, GUI thread busy %.0f ms until all real; %llu decoded, %llu from "
+                "disk, %llu written\n",
+                qPrintable(label), firstPaint.at(), count, listed, visible, allReal, done ? "" : " (TIMED OUT)",
+                heartbeat.longest(),
+                heartbeat.percentile(0.99), busy, (unsigned long long)(service->decodeCount() - decodes),
+                (unsigned long long)(service->diskHitCount() - hits),
+                (unsigned long long)(service->diskWriteCount() - writes));
+    std::fflush(stdout);
+}
+
+// The first visit here with an empty cache, the second in a new process of this program.
+int runDiskCacheBench(const QString& program, const QString& folder, int count)
+{
+    const QString cacheDir = QStringLiteral("/tmp/orlo-bench-cache/%1").arg(count);
+    QDir(cacheDir).removeRecursively();
+    std::printf("disk cache: %d photographs %dx%d, window 1400x900, cache in %s\n", count, photoSize.width(),
+                photoSize.height(), qPrintable(cacheDir));
+    diskCacheVisit(QStringLiteral("first visit, empty cache"), folder, count, cacheDir);
+    QProcess second;
+    second.setProcessChannelMode(QProcess::ForwardedChannels);
+    second.start(program, {QStringLiteral("--photos"), QString::number(count),
+                           QStringLiteral("--%1").arg(QLatin1String(diskVisitOption)), cacheDir});
+    if (!second.waitForFinished(600000) || second.exitCode() != 0) {
+        std::fprintf(stderr, "the second visit failed\n");
+        return 1;
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -297,6 +400,12 @@ int main(int argc, char** argv)
     const QCommandLineOption generateOption(QStringLiteral("generate-only"),
                                             QStringLiteral("Make the photographs and stop."));
     parser.addOptions({photosOption, throughputOption, generateOption});
+    const QCommandLineOption diskOption(QStringLiteral("disk-cache"),
+                                        QStringLiteral("Measure a first and a second visit with the disk cache."));
+    const QCommandLineOption diskVisit(QLatin1String(diskVisitOption),
+                                       QStringLiteral("(internal) The second visit, with the cache in DIR."),
+                                       QStringLiteral("DIR"));
+    parser.addOptions({diskOption, diskVisit});
     parser.process(app);
     const int count = qMax(1, parser.value(photosOption).toInt());
     const QString folder = QStringLiteral("/tmp/orlo-bench-photos/%1").arg(count);
@@ -306,6 +415,13 @@ int main(int argc, char** argv)
     }
     if (parser.isSet(generateOption))
         return 0;
+    if (parser.isSet(diskVisit)) {
+        diskCacheVisit(QStringLiteral("second visit, new process, warm disk cache"), folder, count,
+                       parser.value(diskVisit));
+        return 0;
+    }
+    if (parser.isSet(diskOption))
+        return runDiskCacheBench(QCoreApplication::applicationFilePath(), folder, count);
 
     // The reference host's set-up, with preferences of its own.
     QTemporaryDir prefs;

@@ -2,6 +2,7 @@
 
 #include "TassetBrowserOptions.h"
 #include "TpictureDecoder.h"
+#include "TthumbnailDiskCache.h"
 #include "TprefOptionVar.h"
 #include "Tstring.h"
 #include "TuiScale.h"
@@ -52,6 +53,24 @@ QHash<TabImageLoader*, int>& callsUnderWay()
 qint64 bytesOf(const QImage& image)
 {
     return image.isNull() ? 0 : image.sizeInBytes();
+}
+
+// picture scaled to fit box, aspect kept, smoothly: an image file's thumbnail at the size shown.
+QImage fitted(const QImage& picture, const QSize& box)
+{
+    const QSize target = picture.size().scaled(box, Qt::KeepAspectRatio);
+    if (picture.isNull() || target.isEmpty() || target == picture.size())
+        return picture;
+    return picture.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+// The box an image file is decoded into for its bucket: a picture that already fits keeps
+// its own size, since a stored thumbnail is never enlarged.
+QSize storedBox(const QSize& source, int edge)
+{
+    if (source.isValid() && !source.isEmpty() && source.width() <= edge && source.height() <= edge)
+        return source;
+    return QSize(edge, edge);
 }
 
 } // namespace
@@ -108,6 +127,8 @@ struct TthumbnailService::Owner
     QImage indicators[indicatorCount];
     int margin = 3;
     std::shared_ptr<TloaderGate> gate;
+    // Set on the GUI thread by releaseOwner: nothing of it may reach the host loader again.
+    bool released = false;
 };
 
 struct TthumbnailService::Entry
@@ -124,12 +145,16 @@ struct TthumbnailService::Work
     std::shared_ptr<TworkTicket> ticket;
     std::function<void()> run;
     int priority = Visible;
+    // False while a thumbnail is only being looked up in the caches.
+    bool making = true;
+    // Order of the request: the newest is served first.
+    quint64 sequence = 0;
     bool queued = false;
 };
 
 struct TthumbnailService::Task
 {
-    enum Stage { Probe, HostLoader, ImageFile, FitRaw };
+    enum Stage { Lookup, Probe, HostLoader, ImageFile, FitRaw, Ready };
 
     TthumbnailKey key;
     std::shared_ptr<TworkTicket> ticket = std::make_shared<TworkTicket>();
@@ -140,11 +165,24 @@ struct TthumbnailService::Task
     TabImageLoader* loader = nullptr;
     // Taken at the request: the owner's gate may be replaced on the GUI thread meanwhile.
     std::shared_ptr<TloaderGate> gate;
+    // Taken at the request: the disk cache chosen by the host, and the bucket of the size
+    // shown (0: larger than every bucket).
+    TthumbnailDiskCache disk;
+    int bucket = 0;
 
     // Touched by one thread at a time: the worker running it or the GUI thread between steps.
-    Stage stage = Probe;
+    Stage stage = Lookup;
     int indicator = TpictureDecoder::NoIndicator;
     bool previewBadge = false;
+    TthumbnailSource source;
+    bool swatch = false;
+    TthumbnailSource swatchSource;
+    // Whether the disk cache may hold this file's picture.
+    bool cacheable = false;
+    // A cached picture of the file itself: shown once the host loader has declined the file.
+    QImage plain;
+    // raw was made here (from the swatch preview or the loader) and goes to the disk cache.
+    bool storeRaw = false;
     QImage raw;
     QImage main;
     QImage small;
@@ -262,6 +300,7 @@ void TthumbnailService::releaseOwner(quint64 id)
     const std::shared_ptr<Owner> owner = m_owners.take(id);
     if (!owner)
         return;
+    owner->released = true;
     const auto tasks = m_tasks.values();
     for (const auto& task : tasks) {
         if (task->owner == owner)
@@ -315,12 +354,16 @@ void TthumbnailService::request(const void* client, const TthumbnailKey& key, Pr
         if (task->work) {
             QMutexLocker lock(&m_queueMutex);
             // Newest first: a request made again goes to the front of its queue.
-            if (task->work->queued) {
-                auto& old = m_queues[task->work->priority];
-                old.erase(std::remove(old.begin(), old.end(), task->work), old.end());
-                task->work->priority = task->priority;
-                m_queues[task->work->priority].push_back(task->work);
+            const std::shared_ptr<Work>& work = task->work;
+            const bool queued = work->queued;
+            if (queued) {
+                auto& old = m_queues[queueOf(*work)];
+                old.erase(std::remove(old.begin(), old.end(), work), old.end());
             }
+            work->priority = task->priority;
+            work->sequence = m_nextSequence++;
+            if (queued)
+                insertQueued(work);
         } else {
             auto it = std::find(m_loaderQueue.begin(), m_loaderQueue.end(), task);
             if (it != m_loaderQueue.end()) {
@@ -355,6 +398,8 @@ void TthumbnailService::request(const void* client, const TthumbnailKey& key, Pr
     task->priority = priority;
     task->owner = owner;
     task->loader = owner->options ? owner->options->imageLoader() : nullptr;
+    task->disk = TthumbnailDiskCache(TthumbnailDiskCache::configuredLocation());
+    task->bucket = TthumbnailDiskCache::bucketEdge(key.size);
     if (task->loader) {
         const int threads = loaderThreads();
         if (threads > 0) {
@@ -368,14 +413,15 @@ void TthumbnailService::request(const void* client, const TthumbnailKey& key, Pr
     }
     m_tasks.insert(key, task);
     m_busy = true;
-    queueForWorkers(task);
+    queueForWorkers(task, false);
 }
 
-void TthumbnailService::queueForWorkers(const std::shared_ptr<Task>& task)
+void TthumbnailService::queueForWorkers(const std::shared_ptr<Task>& task, bool making)
 {
     auto work = std::make_shared<Work>();
     work->ticket = task->ticket;
     work->priority = task->priority;
+    work->making = making;
     std::weak_ptr<Task> weak = task;
     work->run = [this, weak] {
         if (const std::shared_ptr<Task> running = weak.lock())
@@ -395,12 +441,51 @@ void TthumbnailService::submit(Priority priority, const std::shared_ptr<TworkTic
     enqueue(work);
 }
 
+void TthumbnailService::queueForMaking(const std::shared_ptr<Task>& task)
+{
+    if (m_tasks.value(task->key) != task || !task->work)
+        return;
+    if (task->clients.isEmpty() || task->owner->released) {
+        m_tasks.remove(task->key);
+        noteIdle();
+        return;
+    }
+    {
+        QMutexLocker lock(&m_queueMutex);
+        task->work->making = true;
+        task->work->priority = task->priority;
+        insertQueued(task->work);
+    }
+    startRunners();
+}
+
+int TthumbnailService::queueOf(const Work& work)
+{
+    if (work.priority == Interactive)
+        return 0;
+    return (work.priority == Visible ? 1 : 3) + (work.making ? 1 : 0);
+}
+
+void TthumbnailService::insertQueued(const std::shared_ptr<Work>& work)
+{
+    // In request order: runners take the newest from the back. A look-up that found nothing
+    // comes back to its request's place among the work to make.
+    auto& queue = m_queues[queueOf(*work)];
+    const auto at = std::upper_bound(queue.begin(), queue.end(), work->sequence,
+                                     [](quint64 sequence, const std::shared_ptr<Work>& queued) {
+                                         return sequence < queued->sequence;
+                                     });
+    queue.insert(at, work);
+    work->queued = true;
+}
+
 void TthumbnailService::enqueue(const std::shared_ptr<Work>& work)
 {
     {
         QMutexLocker lock(&m_queueMutex);
-        work->queued = true;
-        m_queues[work->priority].push_back(work);
+        if (work->sequence == 0)
+            work->sequence = m_nextSequence++;
+        insertQueued(work);
     }
     startRunners();
 }
@@ -410,7 +495,7 @@ bool TthumbnailService::unqueue(const std::shared_ptr<Work>& work)
     QMutexLocker lock(&m_queueMutex);
     if (!work->queued)
         return false;
-    auto& queue = m_queues[work->priority];
+    auto& queue = m_queues[queueOf(*work)];
     queue.erase(std::remove(queue.begin(), queue.end(), work), queue.end());
     work->queued = false;
     return true;
@@ -424,7 +509,9 @@ void TthumbnailService::startRunners()
         QMutexLocker lock(&m_queueMutex);
         // A runner busy with one piece of work does not count for the waiting ones; a
         // runner that finds nothing left simply ends.
-        const size_t waiting = m_queues[Visible].size() + m_queues[Ahead].size();
+        size_t waiting = 0;
+        for (int queue = 1; queue < queueCount; ++queue)
+            waiting += m_queues[queue].size();
         background = int(qMin<size_t>(waiting, size_t(qMax(0, m_pool.maxThreadCount() - m_runners))));
         m_runners += background;
         interactive = int(qMin<size_t>(m_queues[Interactive].size(),
@@ -452,9 +539,8 @@ void TthumbnailService::runLoop(bool interactive)
         std::shared_ptr<Work> work;
         {
             QMutexLocker lock(&m_queueMutex);
-            for (int priority = interactive ? Interactive : Visible; priority <= (interactive ? Interactive : Ahead);
-                 ++priority) {
-                auto& queue = m_queues[priority];
+            for (int index = interactive ? 0 : 1; index < (interactive ? 1 : queueCount); ++index) {
+                auto& queue = m_queues[index];
                 if (!queue.empty()) {
                     work = queue.back();
                     queue.pop_back();
@@ -472,66 +558,178 @@ void TthumbnailService::runLoop(bool interactive)
     }
 }
 
+void TthumbnailService::lookUp(Task& t)
+{
+    const QString& path = t.key.path;
+    if (!TpictureDecoder::isRegularFile(path)) {
+        t.stage = Task::Ready;
+        return;
+    }
+    t.indicator = TpictureDecoder::indicatorOf(path);
+    t.source = TthumbnailSource::of(path);
+    const QString swatchPath = TpictureDecoder::swatchPreviewPath(path, 1);
+    t.swatch = TpictureDecoder::isRegularFile(swatchPath);
+    if (t.swatch)
+        t.swatchSource = TthumbnailSource::of(swatchPath);
+    // Nothing is read from or written to the cache for a file the user cannot read, nor for
+    // the cache's own pictures.
+    t.cacheable = t.bucket > 0 && t.disk.isEnabled() && t.source.readable && !t.disk.holds(t.source.path);
+
+    if (t.cacheable) {
+        const TthumbnailDiskCache::Hit hit = t.disk.read(t.source, t.bucket);
+        const TthumbnailDiskCache::Stamp& stamp = hit.stamp;
+        switch (hit.isNull() ? -1 : int(stamp.origin)) {
+        case TthumbnailDiskCache::SwatchOrigin:
+            if (t.swatch && stamp.swatchMTime == t.swatchSource.mtime && stamp.swatchSize == t.swatchSource.size) {
+                t.raw = hit.picture;
+                t.previewBadge = true;
+            }
+            break;
+        case TthumbnailDiskCache::LoaderOrigin:
+            // The loader's picture holds until the file changes or a swatch preview appears.
+            if (!t.swatch && t.loader)
+                t.raw = hit.picture;
+            break;
+        case TthumbnailDiskCache::FileOrigin:
+            if (!t.swatch)
+                t.plain = hit.picture;
+            break;
+        default:
+            break;
+        }
+        if (!t.raw.isNull()) {
+            ++m_diskHits;
+            t.stage = Task::FitRaw;
+            return;
+        }
+    }
+    if (t.plain.isNull() && !t.swatch && t.source.readable && t.bucket > 0)
+        t.plain = TthumbnailDiskCache::readShared(t.source, t.bucket).picture;
+    if (!t.plain.isNull() && !t.loader) {
+        ++m_diskHits;
+        t.main = fitted(t.plain, t.key.size);
+        t.plain = QImage();
+        t.stage = Task::Ready;
+        return;
+    }
+    // The host loader comes before any picture of the file itself, cached or not.
+    if (t.swatch || t.loader || !t.plain.isNull()) {
+        t.stage = Task::Probe;
+        return;
+    }
+    const bool image = TpictureDecoder::isSupportedImageSuffix(QFileInfo(path).suffix());
+    t.stage = image && !(t.cacheable && t.disk.hasFailed(t.source)) ? Task::Probe : Task::Ready;
+}
+
+void TthumbnailService::make(const std::shared_ptr<Task>& task)
+{
+    Task& t = *task;
+    const QString& path = t.key.path;
+    if (t.swatch) {
+        ++m_decodes;
+        t.raw = TpictureDecoder::decodeSwatchPreview(path, t.cacheable ? QSize(t.bucket, t.bucket) : t.key.size);
+        if (!t.raw.isNull()) {
+            t.previewBadge = true;
+            t.storeRaw = true;
+            t.stage = Task::FitRaw;
+            return;
+        }
+    }
+    if (t.loader && t.gate) {
+        t.raw = t.gate->load(path);
+        t.storeRaw = !t.raw.isNull();
+        t.stage = t.raw.isNull() ? Task::ImageFile : Task::FitRaw;
+    } else if (t.loader) {
+        // The host loader runs on the GUI thread: hand the task over and come back.
+        t.stage = Task::HostLoader;
+        QMetaObject::invokeMethod(
+            this,
+            [this, task] {
+                if (m_tasks.value(task->key) != task)
+                    return;
+                task->work.reset();
+                if (task->clients.isEmpty() || task->owner->released) {
+                    m_tasks.remove(task->key);
+                    noteIdle();
+                    return;
+                }
+                if (task->priority == Ahead) {
+                    // Only painted rows go to the host loader; this one waits for its paint.
+                    m_tasks.remove(task->key);
+                    m_parked.insert(task->key, task);
+                    noteIdle();
+                    return;
+                }
+                m_loaderQueue.push_back(task);
+                m_loaderTimer.start();
+            },
+            Qt::QueuedConnection);
+    } else {
+        t.stage = Task::ImageFile;
+    }
+}
+
 void TthumbnailService::runThumbnail(const std::shared_ptr<Task>& task)
 {
     Task& t = *task;
     const QString& path = t.key.path;
     const QSize box = t.key.size;
-    if (t.stage == Task::Probe) {
-        if (!TpictureDecoder::isRegularFile(path)) {
-            QMetaObject::invokeMethod(this, [this, task] { finishThumbnail(task); }, Qt::QueuedConnection);
+    if (t.stage == Task::Lookup) {
+        lookUp(t);
+        if (t.stage == Task::Probe) {
+            // Made only after every look-up of its rank, so that cached pictures show first.
+            QMetaObject::invokeMethod(this, [this, task] { queueForMaking(task); }, Qt::QueuedConnection);
             return;
         }
-        t.indicator = TpictureDecoder::indicatorOf(path);
-        if (TpictureDecoder::isRegularFile(TpictureDecoder::swatchPreviewPath(path, 1))) {
-            ++m_decodes;
-            t.raw = TpictureDecoder::decodeSwatchPreview(path, box);
-        }
-        if (!t.raw.isNull()) {
-            t.previewBadge = true;
-            t.stage = Task::FitRaw;
-        } else if (t.loader && t.gate) {
-            t.raw = t.gate->load(path);
-            t.stage = t.raw.isNull() ? Task::ImageFile : Task::FitRaw;
-        } else if (t.loader) {
-            // The host loader runs on the GUI thread: hand the task over and come back.
-            t.stage = Task::HostLoader;
-            QMetaObject::invokeMethod(
-                this,
-                [this, task] {
-                    if (m_tasks.value(task->key) != task)
-                        return;
-                    task->work.reset();
-                    if (task->clients.isEmpty()) {
-                        m_tasks.remove(task->key);
-                        noteIdle();
-                        return;
-                    }
-                    if (task->priority == Ahead) {
-                        // Only painted rows go to the host loader; this one waits for its paint.
-                        m_tasks.remove(task->key);
-                        m_parked.insert(task->key, task);
-                        noteIdle();
-                        return;
-                    }
-                    m_loaderQueue.push_back(task);
-                    m_loaderTimer.start();
-                },
-                Qt::QueuedConnection);
+    } else if (t.stage == Task::Probe) {
+        make(task);
+        if (t.stage == Task::HostLoader)
             return;
-        } else {
-            t.stage = Task::ImageFile;
-        }
     }
     if (t.ticket->isCancelled())
         return;
 
+    // What goes to the disk cache once the GUI thread has the picture: never its badges.
+    std::function<bool()> store;
     if (t.stage == Task::ImageFile) {
-        if (TpictureDecoder::isSupportedImageSuffix(QFileInfo(path).suffix())) {
+        if (!t.plain.isNull()) {
+            ++m_diskHits;
+            t.main = fitted(t.plain, box);
+            t.plain = QImage();
+        } else if (TpictureDecoder::isSupportedImageSuffix(QFileInfo(path).suffix())
+                   && !(t.cacheable && t.disk.hasFailed(t.source))) {
             ++m_decodes;
-            t.main = TpictureDecoder::decodeImageFile(path, box);
+            if (t.cacheable) {
+                const QSize imageSize = TthumbnailDiskCache::pictureSize(path);
+                const QImage picture = TpictureDecoder::decodeImageFile(path, storedBox(imageSize, t.bucket));
+                const TthumbnailDiskCache disk = t.disk;
+                const TthumbnailSource source = t.source;
+                const int bucket = t.bucket;
+                if (picture.isNull()) {
+                    store = [disk, source] { return disk.recordFailure(source); };
+                } else {
+                    t.main = fitted(picture, box);
+                    store = [disk, source, bucket, picture, imageSize] {
+                        return disk.write(source, bucket, picture, TthumbnailDiskCache::Stamp(), imageSize);
+                    };
+                }
+            } else {
+                t.main = TpictureDecoder::decodeImageFile(path, box);
+            }
         }
     } else if (t.stage == Task::FitRaw) {
+        if (t.storeRaw && t.cacheable) {
+            t.raw = TthumbnailDiskCache::reduce(t.raw, t.bucket);
+            TthumbnailDiskCache::Stamp stamp;
+            stamp.origin = t.previewBadge ? TthumbnailDiskCache::SwatchOrigin : TthumbnailDiskCache::LoaderOrigin;
+            stamp.swatchMTime = t.previewBadge ? t.swatchSource.mtime : -1;
+            stamp.swatchSize = t.previewBadge ? t.swatchSource.size : -1;
+            const TthumbnailDiskCache disk = t.disk;
+            const TthumbnailSource source = t.source;
+            const int bucket = t.bucket;
+            const QImage picture = t.raw;
+            store = [disk, source, bucket, picture, stamp] { return disk.write(source, bucket, picture, stamp); };
+        }
         t.main = TpictureDecoder::fit(t.raw, box, false, true);
         // Kept at its own pixels, so that a view smaller than the size shows it unscaled.
         if (t.raw.width() < box.width() && t.raw.height() < box.height()) {
@@ -550,6 +748,8 @@ void TthumbnailService::runThumbnail(const std::shared_ptr<Task>& task)
         t.small = QImage();
     }
     QMetaObject::invokeMethod(this, [this, task] { finishThumbnail(task); }, Qt::QueuedConnection);
+    if (store && store())
+        ++m_diskWrites;
 }
 
 void TthumbnailService::runLoaderSlice()
@@ -562,8 +762,9 @@ void TthumbnailService::runLoaderSlice()
         if (task->ticket->isCancelled() || m_tasks.value(task->key) != task)
             continue;
         task->raw = TpictureDecoder::decodeWithLoader(task->loader, task->key.path);
+        task->storeRaw = !task->raw.isNull();
         task->stage = task->raw.isNull() ? Task::ImageFile : Task::FitRaw;
-        queueForWorkers(task);
+        queueForWorkers(task, true);
     }
     if (!m_loaderQueue.empty())
         m_loaderTimer.start();
@@ -575,6 +776,10 @@ void TthumbnailService::finishThumbnail(const std::shared_ptr<Task>& task)
         return;
     m_tasks.remove(task->key);
     task->work.reset();
+    if (task->owner->released) {
+        noteIdle();
+        return;
+    }
 
     auto entry = std::make_unique<Entry>();
     qint64 bytes = bytesOf(task->main) + bytesOf(task->small);

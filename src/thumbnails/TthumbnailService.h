@@ -75,34 +75,45 @@ private:
 };
 
 // The picture pipeline of the process: decodes thumbnails, hover frames and preview pictures
-// on a thread pool, holds finished thumbnails in a memory cache bounded in bytes, and hands
-// them to the GUI thread, which alone makes pixmaps and icons of them.
+// on a thread pool, keeps finished thumbnails in a memory cache bounded in bytes and on disk
+// in the desktop's shared thumbnail cache (TthumbnailDiskCache), and hands them to the GUI
+// thread, which alone makes pixmaps and icons of them.
 //
-// Threads: every public function is called on the GUI thread. Thumbnails are decoded
-// (TpictureDecoder) on the service's own QThreadPool: QThread::idealThreadCount() threads at
-// low priority (nice 10 on Linux, where QThread::LowPriority does nothing). Interactive work
-// (hover frames, the preview) runs on two threads of its own at normal priority. The host's image loader runs on the GUI thread in slices of about 8 ms per
+// Threads: every public function is called on the GUI thread. Thumbnails are read from disk
+// and decoded (TpictureDecoder) on the service's own QThreadPool: QThread::idealThreadCount()
+// threads at low priority (nice 10 on Linux, where QThread::LowPriority does nothing).
+// Interactive work (hover frames, the preview) runs on two threads of its own at normal
+// priority. The host's image loader runs on the GUI thread in slices of about 8 ms per
 // event-loop pass, unless the host option variable "contentBrowserImageLoaderThreads" is a
 // positive N: then on the workers, at most N calls at once.
 //
-// Order and cancelling: requests wait in three queues, served in this order: Interactive
-// (hover frames, the preview), Visible (rows painted now), Ahead (about one screen ahead of
-// the scrolling); inside a queue the newest request goes first. A client (a view) drops its
-// requests for rows it no longer shows with retain(), and all of them with cancelClient()
-// when its folder changes; dropped requests never start. Work already running finishes and
-// is cached.
+// Order and cancelling: a thumbnail is first looked up (memory, then the disk cache and the
+// folder's shared repository), and made only when no cache holds it. Work waits in five
+// queues, served in this order: Interactive (hover frames, the preview); look-ups of Visible
+// rows (painted now); making of Visible rows; look-ups of Ahead rows (about one screen ahead
+// of the scrolling); making of Ahead rows. Inside a queue the newest request goes first. So a
+// folder seen before shows every cached picture on screen before anything is decoded. A
+// client (a view) drops its requests for rows it no longer shows with retain(), and all of
+// them with cancelClient() when its folder changes; dropped requests never start. Work
+// already running finishes and is cached.
 //
 // Memory: finished thumbnails are kept at the size shown, in a QCache bounded in bytes:
 // "contentBrowserThumbnailMemory" (integer, MiB; absent or below 1: 128), read again at every
 // insertion, so a host changes it at any time. Hover frames and previews are not cached:
 // their requesters hold them. Pending work holds only paths and small shared images.
 //
+// Disk: "contentBrowserThumbnailCache" (string; read at each request) chooses the folder:
+// empty or absent, the standard one; "off", none; else that folder. A picture is written,
+// badge-free and at its bucket's size, by the worker that made it, after the GUI thread has
+// it; a write that fails costs only the caching. A file that cannot be decoded is recorded as
+// failed and not tried again until it changes.
+//
 // Choice of a thumbnail: frame 1 of the swatch preview; else the host loader's picture; else
 // the file itself when Qt reads its suffix; else none (the view keeps the kind icon). Only
 // regular files are opened. Swatch and loader pictures are fitted to the size at the bottom
 // of a transparent square; a source smaller than the size is kept at its own pixels too.
 // Swatch previews get the animated-preview badge (top left), FBX files their clip or pose
-// badge (top right).
+// badge (top right); badges are drawn on the picture shown, never on the one stored on disk.
 class TthumbnailService : public QObject
 {
     Q_OBJECT
@@ -177,6 +188,10 @@ public:
     void clearCache();
     // Pictures decoded from files so far (swatch previews and image files).
     quint64 decodeCount() const { return m_decodes.load(); }
+    // Thumbnails taken from a disk cache (the user's or a shared repository) so far.
+    quint64 diskHitCount() const { return m_diskHits.load(); }
+    // Thumbnails and failure records written to the disk cache so far.
+    quint64 diskWriteCount() const { return m_diskWrites.load(); }
 
 Q_SIGNALS:
     // The thumbnail of key is now in the cache.
@@ -190,14 +205,21 @@ private:
     struct Work;
     struct Owner;
 
+    // Queues: Interactive; Visible look-ups, Visible making; Ahead look-ups, Ahead making.
+    static const int queueCount = 5;
+    static int queueOf(const Work& work);
     void enqueue(const std::shared_ptr<Work>& work);
+    void insertQueued(const std::shared_ptr<Work>& work);
     bool unqueue(const std::shared_ptr<Work>& work);
     void startRunners();
     void runLoop(bool interactive);
     void runThumbnail(const std::shared_ptr<Task>& task);
+    void lookUp(Task& task);
+    void make(const std::shared_ptr<Task>& task);
     void finishThumbnail(const std::shared_ptr<Task>& task);
     void dropTask(const std::shared_ptr<Task>& task);
-    void queueForWorkers(const std::shared_ptr<Task>& task);
+    void queueForWorkers(const std::shared_ptr<Task>& task, bool making);
+    void queueForMaking(const std::shared_ptr<Task>& task);
     void runLoaderSlice();
     void applyMemoryBound();
     void noteIdle();
@@ -205,7 +227,8 @@ private:
     QThreadPool m_pool;
     QThreadPool m_interactivePool;
     mutable QMutex m_queueMutex;
-    std::vector<std::shared_ptr<Work>> m_queues[3];
+    std::vector<std::shared_ptr<Work>> m_queues[queueCount];
+    quint64 m_nextSequence = 1;
     int m_runners = 0;
     int m_interactiveRunners = 0;
 
@@ -218,6 +241,8 @@ private:
     quint64 m_nextOwner = 1;
     QCache<TthumbnailKey, Entry> m_cache;
     std::atomic<quint64> m_decodes{0};
+    std::atomic<quint64> m_diskHits{0};
+    std::atomic<quint64> m_diskWrites{0};
     bool m_busy = false;
     std::atomic<bool> m_lowPriority{true};
 };

@@ -1,4 +1,5 @@
 #include "TpictureDecoder.h"
+#include "TthumbnailDiskCache.h"
 #include "TpoolBlocker.h"
 #include "TprefOptionVar.h"
 #include "TrecordingHost.h"
@@ -169,23 +170,32 @@ private Q_SLOTS:
     void loaderThreadsLimitTheWorkerCalls();
     void cacheStaysWithinItsBound();
     void newestVisibleRequestGoesFirst();
+    void cachedPicturesComeBeforeAnyDecoding();
     void retainDropsWhatIsNoLongerShown();
     void releasingAnOwnerWaitsForItsLoaderCalls();
 
 private:
     TfreshHostState* m_state = nullptr;
+    QTemporaryDir* m_cache = nullptr;
 };
 
 void TestThumbnailService::init()
 {
     delete m_state;
     m_state = new TfreshHostState;
+    // Each test starts with an empty disk cache of its own.
+    delete m_cache;
+    m_cache = new QTemporaryDir;
+    QVERIFY(TprefOptionVar::setOptionVarValue(Tstring(TthumbnailDiskCache::locationKey), Tstring(m_cache->path()),
+                                              Tstring("Content Browser")));
 }
 
 void TestThumbnailService::cleanup()
 {
     delete m_state;
     m_state = nullptr;
+    delete m_cache;
+    m_cache = nullptr;
 }
 
 void TestThumbnailService::indicators_data()
@@ -534,6 +544,45 @@ void TestThumbnailService::newestVisibleRequestGoesFirst()
     }
     QTRY_VERIFY(service.isIdle());
     QCOMPARE(order, (QList<QString>{"a.png", "d.png", "c.png", "b.png"}));
+}
+
+void TestThumbnailService::cachedPicturesComeBeforeAnyDecoding()
+{
+    QTemporaryDir dir;
+    TrecordingHost host;
+    TassetBrowserOptions options = host.options();
+    options.setImageLoader(nullptr);
+    auto key = [&](const QString& name, quint64 owner) {
+        return TthumbnailKey{dir.filePath(name), QSize(16, 16), owner};
+    };
+    const QStringList names{"seen1.png", "new1.png", "seen2.png", "new2.png"};
+    for (const QString& name : names)
+        QVERIFY(put(dir, name, solid(QSize(16, 16), Qt::red)));
+    {
+        // An earlier session saw two of them.
+        TthumbnailService earlier;
+        const quint64 owner = earlier.registerOwner(&options);
+        made(earlier, owner, dir.filePath(QStringLiteral("seen1.png")), 16);
+        made(earlier, owner, dir.filePath(QStringLiteral("seen2.png")), 16);
+        QTRY_COMPARE(earlier.diskWriteCount(), quint64(2));
+    }
+    TthumbnailService service;
+    service.setThreadCount(1);
+    const quint64 owner = service.registerOwner(&options);
+    QList<QString> order;
+    connect(&service, &TthumbnailService::thumbnailReady, this,
+            [&order](const TthumbnailKey& ready) { order << QFileInfo(ready.path).fileName(); });
+    int client = 0;
+    {
+        TpoolBlocker blocker(service);
+        for (const QString& name : names)
+            service.request(&client, key(name, owner), TthumbnailService::Visible);
+    }
+    QTRY_VERIFY(service.isIdle());
+    // The pictures on disk first, then what has to be made; each newest first.
+    QCOMPARE(order, (QList<QString>{"seen2.png", "seen1.png", "new2.png", "new1.png"}));
+    QCOMPARE(service.decodeCount(), quint64(2));
+    QCOMPARE(service.diskHitCount(), quint64(2));
 }
 
 void TestThumbnailService::retainDropsWhatIsNoLongerShown()
