@@ -69,8 +69,16 @@ bool writeFile(const QString& path, const char* format, int edge, OIIO::TypeDesc
         if (tile > 0) {
             spec.tile_width = tile;
             spec.tile_height = tile;
+            spec.attribute("textureformat", "Plain Texture");
         }
-        ok = out->open(name, spec, level == 0 ? OIIO::ImageOutput::Create : OIIO::ImageOutput::AppendMIPLevel);
+        // TIFF keeps its mip levels as further pages marked as reduced pictures.
+        const bool levelsAsPages = !out->supports("mipmap");
+        if (levelsAsPages && level > 0)
+            spec.attribute("tiff:subfiletype", 1);
+        const auto mode = level == 0   ? OIIO::ImageOutput::Create
+                          : levelsAsPages ? OIIO::ImageOutput::AppendSubimage
+                                          : OIIO::ImageOutput::AppendMIPLevel;
+        ok = out->open(name, spec, mode);
         const int band = tile > 0 ? tile : 64;
         std::vector<float> pixels(size_t(band) * size_t(size) * 3);
         for (int top = 0; ok && top < size; top += band) {
@@ -97,6 +105,7 @@ struct Run
     double wallMs = 0;
     long peakKiB = 0;
     double decodeMs = -1;
+    int threads = 0;
     bool ok = false;
 };
 
@@ -138,6 +147,9 @@ Run runChild(const std::vector<std::string>& argv)
     const std::string last = output.substr(line == std::string::npos ? 0 : line + 1);
     if (!last.empty())
         run.decodeMs = std::atof(last.c_str());
+    const size_t threads = output.find("threads ");
+    if (threads != std::string::npos)
+        run.threads = std::atoi(output.c_str() + threads + 8);
     return run;
 }
 
@@ -163,6 +175,14 @@ int main(int argc, char** argv)
         const double ms = timer.nsecsElapsed() / 1e6;
         if (picture.isNull())
             return 1;
+        // Threads of the process after the decode: Qt's, and whatever the readers started.
+        QFile status(QStringLiteral("/proc/self/status"));
+        if (status.open(QIODevice::ReadOnly)) {
+            for (const QByteArray& line : status.readAll().split('\n')) {
+                if (line.startsWith("Threads:"))
+                    std::printf("threads %s\n", line.mid(8).trimmed().constData());
+            }
+        }
         std::printf("%.2f\n", ms);
         return 0;
     }
@@ -200,8 +220,8 @@ int main(int argc, char** argv)
                 thumbnailBox.width(), thumbnailBox.height(), runs);
     std::printf("process baseline (ours, nothing decoded): %.0f ms, %ld MiB\n\n", baseline.wallMs,
                 baseline.peakKiB / 1024);
-    std::printf("%-26s %10s %10s %9s | %10s %9s | %6s\n", "file", "ours ms", "decode ms", "ours MiB", "oiiotool ms",
-                "oiio MiB", "ratio");
+    std::printf("%-26s %10s %10s %9s %8s | %11s %9s | %6s\n", "file", "ours ms", "decode ms", "ours MiB", "threads",
+                "oiiotool ms", "oiio MiB", "ratio");
     double scanlineMs = 0, tiledMs = 0;
     for (const File& file : files) {
         const QString path = dir + QLatin1Char('/') + QLatin1String(file.name);
@@ -222,8 +242,8 @@ int main(int argc, char** argv)
             scanlineMs = a.decodeMs;
         if (QLatin1String(file.name) == QLatin1String("tiled_mips_4096_half.exr"))
             tiledMs = a.decodeMs;
-        std::printf("%-26s %10.1f %10.1f %9ld | %10.1f %9ld | %6.2f%s\n", file.name, a.wallMs, a.decodeMs,
-                    a.peakKiB / 1024, b.wallMs, b.peakKiB / 1024, b.wallMs > 0 ? a.wallMs / b.wallMs : 0.0,
+        std::printf("%-26s %10.1f %10.1f %9ld %8d | %11.1f %9ld | %6.2f%s\n", file.name, a.wallMs, a.decodeMs,
+                    a.peakKiB / 1024, a.threads, b.wallMs, b.peakKiB / 1024, b.wallMs > 0 ? a.wallMs / b.wallMs : 0.0,
                     a.ok && (b.ok || !haveOiiotool) ? "" : "  (a run failed)");
     }
     if (tiledMs > 0)

@@ -607,7 +607,11 @@ bool writeMipMappedTx(const QString& path)
         spec.tile_width = 64;
         spec.tile_height = 64;
         spec.attribute("compression", "zip");
-        ok = out->open(name, spec, index == 0 ? OIIO::ImageOutput::Create : OIIO::ImageOutput::AppendMIPLevel)
+        spec.attribute("textureformat", "Plain Texture");
+        // TIFF keeps its mip levels as further pages marked as reduced pictures.
+        if (index > 0)
+            spec.attribute("tiff:subfiletype", 1);
+        ok = out->open(name, spec, index == 0 ? OIIO::ImageOutput::Create : OIIO::ImageOutput::AppendSubimage)
             && out->write_image(OIIO::TypeFloat, floatsOf(level, 3, false).data());
         if (level.width() == 1 && level.height() == 1)
             break;
@@ -849,8 +853,11 @@ int main(int argc, char** argv)
         return fail(QStringLiteral("cannot create %1").arg(target));
 
     Writer out(QFileInfo(target).absoluteFilePath());
-    if (!writeLibrary(out))
+    if (!writeLibrary(out)) {
+        // The folder was empty or ours: a half-written library would be refused next time.
+        QDir(target).removeRecursively();
         return fail(out.error());
+    }
     QSaveFile file(QDir(target).filePath(QLatin1String(kManifest)));
     if (!file.open(QIODevice::WriteOnly) || file.write(manifest()) < 0 || !file.commit())
         return fail(QStringLiteral("cannot write the manifest"));

@@ -276,15 +276,13 @@ QImage TimageIoReader::read(const QString& path, const QSize& box, bool enlarge)
     // the whole full-size level.
     int level = 0;
     OIIO::ImageSpec spec = top;
-    for (int m = 1; m < 32; ++m) {
-        const OIIO::ImageSpec next = input->spec_dimensions(0, m);
-        if (next.format == OIIO::TypeUnknown || next.width < fitted.width() || next.height < fitted.height())
+    for (int m = 1; m < 32 && input->seek_subimage(0, m); ++m) {
+        const OIIO::ImageSpec& next = input->spec();
+        if (next.width < fitted.width() || next.height < fitted.height())
             break;
         level = m;
         spec = next;
     }
-    if (level > 0)
-        spec = input->spec(0, level);
     dropErrors(input.get());
     if (spec.width <= 0 || spec.height <= 0 || spec.width > maxWidth
         || qint64(spec.width) * spec.height > maxPixels)
@@ -307,7 +305,7 @@ TpictureHeader TimageIoReader::header(const QString& path)
     const auto input = openInput(path);
     if (!input)
         return header;
-    const OIIO::ImageSpec& top = input->spec();
+    const OIIO::ImageSpec top = input->spec();
     header.valid = top.width > 0 && top.height > 0;
     header.size = QSize(top.width, top.height);
     for (const std::string& name : top.channelnames)
@@ -319,10 +317,10 @@ TpictureHeader TimageIoReader::header(const QString& path)
     header.format = QString::fromLatin1(input->format_name());
     // Only headers are read here: a PSD's layers and a TIFF's pages are counted, not decoded.
     int levels = 1;
-    while (levels < 32 && input->spec_dimensions(0, levels).format != OIIO::TypeUnknown)
+    while (levels < 32 && input->seek_subimage(0, levels))
         ++levels;
     int parts = 1;
-    while (parts < 4096 && input->spec_dimensions(parts, 0).format != OIIO::TypeUnknown)
+    while (parts < 4096 && input->seek_subimage(parts, 0))
         ++parts;
     header.levels = levels;
     header.parts = parts;

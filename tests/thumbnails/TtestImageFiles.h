@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QString>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,12 +21,18 @@ inline std::string nameOf(const QString& path)
     return QFile::encodeName(path).toStdString();
 }
 
+// A writer for path's format; TX is TIFF by another name, which writers do not take.
+inline std::unique_ptr<OIIO::ImageOutput> writerFor(const QString& path)
+{
+    return OIIO::ImageOutput::create(path.endsWith(QLatin1String(".tx")) ? std::string("tiff") : nameOf(path));
+}
+
 // width x height pixels of channels floats each (rows from the top), stored as type; tiled
 // in tile x tile tiles when tile is positive.
 inline bool write(const QString& path, int width, int height, int channels, OIIO::TypeDesc type,
                   const std::vector<float>& pixels, int tile = 0)
 {
-    auto out = OIIO::ImageOutput::create(nameOf(path));
+    auto out = writerFor(path);
     if (!out)
         return false;
     OIIO::ImageSpec spec(width, height, channels, type);
@@ -54,29 +61,40 @@ inline std::vector<float> filled(int width, int height, const std::vector<float>
 inline bool writeMipLevels(const QString& path, int edge, int tile, const std::vector<QColor>& colours,
                            OIIO::TypeDesc type)
 {
-    auto out = OIIO::ImageOutput::create(nameOf(path));
-    if (!out || !out->supports("mipmap"))
+    auto out = writerFor(path);
+    if (!out)
         return false;
+    // TIFF keeps its mip levels as further pages marked as reduced pictures.
+    const bool levelsAsPages = !out->supports("mipmap");
     bool ok = true;
     for (int level = 0, size = edge; ok && size >= 1; ++level, size /= 2) {
         OIIO::ImageSpec spec(size, size, 3, type);
         spec.tile_width = tile;
         spec.tile_height = tile;
+        // Without it an EXR is written with one level only.
+        spec.attribute("textureformat", "Plain Texture");
+        if (levelsAsPages && level > 0)
+            spec.attribute("tiff:subfiletype", 1);
         const QColor colour = colours[std::min(size_t(level), colours.size() - 1)];
         const std::vector<float> pixels =
             filled(size, size, {float(colour.redF()), float(colour.greenF()), float(colour.blueF())});
-        ok = out->open(nameOf(path), spec, level == 0 ? OIIO::ImageOutput::Create : OIIO::ImageOutput::AppendMIPLevel)
+        const auto mode = level == 0   ? OIIO::ImageOutput::Create
+                          : levelsAsPages ? OIIO::ImageOutput::AppendSubimage
+                                          : OIIO::ImageOutput::AppendMIPLevel;
+        ok = out->open(nameOf(path), spec, mode)
             && out->write_image(OIIO::TypeFloat, pixels.data());
     }
     ok = out->close() && ok;
-    out->geterror();
+    const std::string error = out->geterror();
+    if (!ok)
+        qWarning("%s", error.c_str());
     return ok;
 }
 
 // A multi-part file of parts parts, each width x height RGBA half.
 inline bool writeParts(const QString& path, int parts, int width, int height)
 {
-    auto out = OIIO::ImageOutput::create(nameOf(path));
+    auto out = writerFor(path);
     if (!out || !out->supports("multiimage"))
         return false;
     std::vector<OIIO::ImageSpec> specs;

@@ -52,6 +52,7 @@ private Q_SLOTS:
     void firstPartOfAMultiPartFile();
     void brokenFilesGiveNoPicture_data();
     void brokenFilesGiveNoPicture();
+    void thumbnailServiceMakesTheirThumbnails();
 
 private:
     QTemporaryDir m_dir;
@@ -196,7 +197,8 @@ void TestImageIoFormats::everyFormatGivesAPicture_data()
     QTest::newRow("16-bit grey tiff") << "grey.tiff" << int(OIIO::TypeDesc::UINT16) << 1 << QColor(230, 230, 230);
     QTest::newRow("16-bit dpx") << "scan.dpx" << int(OIIO::TypeDesc::UINT16) << 3 << orange;
     QTest::newRow("tga with alpha") << "decal.tga" << int(OIIO::TypeDesc::UINT8) << 4 << orange;
-    QTest::newRow("radiance hdr") << "sky.hdr" << int(OIIO::TypeDesc::FLOAT) << 3 << orange;
+    // Its channels share one exponent: a colour without a faint channel keeps every one exact.
+    QTest::newRow("radiance hdr") << "sky.hdr" << int(OIIO::TypeDesc::FLOAT) << 3 << QColor(210, 160, 120);
     QTest::newRow("psd merged picture") << "poster.psd" << 0 << 3 << orange;
 }
 
@@ -290,6 +292,25 @@ void TestImageIoFormats::brokenFilesGiveNoPicture()
     service.request(&client, key, TthumbnailService::Visible);
     QTRY_VERIFY2(service.isCached(key), QTest::currentDataTag());
     QVERIFY2(service.thumbnail(key).isNull(), QTest::currentDataTag());
+    service.releaseOwner(owner);
+}
+
+void TestImageIoFormats::thumbnailServiceMakesTheirThumbnails()
+{
+    // A wide render in a square cell: fitted at the bottom of a transparent square.
+    const QString path = m_dir.filePath(QStringLiteral("glow.exr"));
+    QVERIFY(TtestImageFiles::write(path, 400, 200, 4, OIIO::TypeHalf,
+                                   TtestImageFiles::filled(400, 200, {5.0f, 5.0f, 5.0f, 1.0f})));
+    TthumbnailService service;
+    const quint64 owner = service.registerOwner(nullptr);
+    const TthumbnailKey key{QFileInfo(path).absoluteFilePath(), QSize(64, 64), owner};
+    int client = 0;
+    service.request(&client, key, TthumbnailService::Visible);
+    QTRY_VERIFY(service.isCached(key));
+    const QImage icon = service.thumbnail(key).pixmap(QSize(64, 64), 1.0).toImage();
+    QCOMPARE(icon.size(), QSize(64, 64));
+    QCOMPARE(icon.pixelColor(32, 60), QColor(255, 255, 255));
+    QCOMPARE(icon.pixelColor(32, 4).alpha(), 0);
     service.releaseOwner(owner);
 }
 
