@@ -600,7 +600,7 @@ bool writeMipMappedTx(const QString& path)
     auto out = OIIO::ImageOutput::create("tiff");
     if (!out)
         return false;
-    QImage level = TsamplePictures::texture(Texture::Brick, QSize(512, 512), path);
+    QImage level = TsamplePictures::texture(Texture::Water, QSize(512, 512), path);
     bool ok = true;
     for (int index = 0; ok && !level.isNull(); ++index) {
         OIIO::ImageSpec spec(level.width(), level.height(), 3, OIIO::TypeUInt8);
@@ -685,7 +685,7 @@ void writeRenderFormats(Writer& out, const QImage& render)
 #ifdef ORLO_HAVE_OPENIMAGEIO
     out.external(folder + QLatin1String("Lava_Glow.exr"), writeLavaExr);
     out.external(folder + QLatin1String("Sky_Dome.hdr"), writeSkyHdr);
-    out.external(folder + QLatin1String("Cobblestone.tx"), writeMipMappedTx);
+    out.external(folder + QLatin1String("Water_Ripples.tx"), writeMipMappedTx);
     out.external(folder + QLatin1String("Terrain_Height.tif"), writeHeightTiff);
     out.external(folder + QLatin1String("Film_Scan.dpx"),
                  [&render](const QString& path) { return writeScanDpx(path, render); });
