@@ -53,7 +53,7 @@ public Q_SLOTS:
 
 private:
     void start(const QString& path);
-    void decodeWithQt(quint64 serial, const QString& path);
+    void decodeWithReaders(quint64 serial, const QString& path);
     void deliver(quint64 serial, const QImage& picture, bool reduced);
 
     TabImageLoader* m_imageLoader;
