@@ -291,12 +291,11 @@ QImage TimageIoReader::read(const QString& path, const QSize& box, bool enlarge)
     const int factor = std::max(1, std::min(spec.width / std::max(1, fitted.width()),
                                              spec.height / std::max(1, fitted.height())));
     QImage picture = BandReader(input.get(), level, spec, factor).read();
-    if (picture.isNull())
+    // The fitted size comes from the full level: a reduced level or block average may be a
+    // pixel off its aspect by rounding.
+    if (picture.isNull() || picture.size() == fitted)
         return picture;
-    const QSize target = picture.size().scaled(fitted, Qt::KeepAspectRatio);
-    if (target.isEmpty() || target == picture.size())
-        return picture;
-    return picture.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return picture.scaled(fitted, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 TpictureHeader TimageIoReader::header(const QString& path)
