@@ -98,7 +98,6 @@ bool writeFile(const QString& path, const char* format, int edge, OIIO::TypeDesc
         std::fprintf(stderr, "bench_imageio: %s\n", out->geterror().c_str());
     return ok;
 }
-#endif
 
 struct Run
 {
@@ -163,6 +162,7 @@ Run median(std::vector<Run> runs)
     }
     return result;
 }
+#endif
 
 } // namespace
 
