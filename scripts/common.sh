@@ -5,7 +5,7 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD_DIR="${ORLO_BUILD_DIR:-$ROOT/build}"
 # xvfb and xdotool drive the reference host on a virtual display, to see and reproduce
 # what a user does with real key and mouse events.
-PACKAGES=(cmake ninja-build g++ qt6-base-dev qt6-svg-dev qt6-image-formats-plugins libboost-dev libgl-dev binutils)
+PACKAGES=(cmake ninja-build g++ qt6-base-dev qt6-svg-dev qt6-image-formats-plugins libboost-dev libgl-dev binutils libopenimageio-dev)
 
 ensure_packages() {
   local missing=()

@@ -11,6 +11,7 @@
 #include "TsampleMesh.h"
 #include "TsampleNoise.h"
 #include "TsamplePictures.h"
+#include "TsamplePsd.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -27,6 +28,12 @@
 
 #include <cmath>
 #include <cstdio>
+#include <functional>
+#include <vector>
+
+#ifdef ORLO_HAVE_OPENIMAGEIO
+#include <OpenImageIO/imageio.h>
+#endif
 
 using TsamplePictures::Stamp;
 using TsamplePictures::Texture;
@@ -65,6 +72,24 @@ public:
         QFile file(path(relative));
         if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
             m_error = QStringLiteral("cannot write %1").arg(path(relative));
+            return;
+        }
+        settle(file);
+    }
+
+    // A file written by another library, given the absolute path; false is a failure.
+    void external(const QString& relative, const std::function<bool(const QString&)>& write)
+    {
+        if (!ok())
+            return;
+        folder(QFileInfo(relative).path());
+        if (!write(path(relative))) {
+            m_error = QStringLiteral("cannot write %1").arg(path(relative));
+            return;
+        }
+        QFile file(path(relative));
+        if (!file.open(QIODevice::ReadWrite)) {
+            m_error = QStringLiteral("cannot open %1").arg(path(relative));
             return;
         }
         settle(file);
@@ -468,7 +493,7 @@ const StampSample kStamps[] = {
     {"Vela/Examples/Stroke_Sketch/Dotted_Line.png", Stamp::DottedLine, 128},
 };
 
-// A small Radiance picture: a format Qt cannot read, so the browser shows it without one.
+// A small Radiance picture, written byte by byte: the one the library has even without an image library.
 QByteArray radianceSky()
 {
     const int width = 64, height = 32;
@@ -484,6 +509,190 @@ QByteArray radianceSky()
         }
     }
     return out;
+}
+
+// --- render and texture formats ---------------------------------------------------------
+
+const char* const kTextures = "Vela/Examples/Textures/";
+
+#ifdef ORLO_HAVE_OPENIMAGEIO
+double toLinear(double v)
+{
+    return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+}
+
+// Floats of picture (rows from the top), channels each: linear light when linear is set,
+// else the stored 0-1 values.
+std::vector<float> floatsOf(const QImage& source, int channels, bool linear)
+{
+    const QImage picture = source.convertToFormat(QImage::Format_RGBA8888);
+    std::vector<float> out;
+    out.reserve(size_t(picture.width()) * size_t(picture.height()) * size_t(channels));
+    for (int y = 0; y < picture.height(); ++y) {
+        const uchar* line = picture.constScanLine(y);
+        for (int x = 0; x < picture.width(); ++x) {
+            for (int c = 0; c < channels; ++c) {
+                const double v = line[x * 4 + c] / 255.0;
+                out.push_back(float(linear && c < 3 ? toLinear(v) : v));
+            }
+        }
+    }
+    return out;
+}
+
+bool writeWithImageIo(const QString& path, OIIO::ImageSpec spec, const std::vector<float>& pixels)
+{
+    const std::string name = QFile::encodeName(path).toStdString();
+    auto out = OIIO::ImageOutput::create(name);
+    if (!out)
+        return false;
+    const bool ok = out->open(name, spec) && out->write_image(OIIO::TypeFloat, pixels.data()) && out->close();
+    out->geterror();
+    return ok;
+}
+
+// A glowing emissive texture: linear half floats well above 1.0 in its cracks, with a round
+// soft-edged alpha, premultiplied as renderers write it.
+bool writeLavaExr(const QString& path)
+{
+    const int edge = 256;
+    const QImage marble = TsamplePictures::texture(Texture::Marble, QSize(edge, edge), path);
+    std::vector<float> pixels;
+    pixels.reserve(size_t(edge) * edge * 4);
+    for (int y = 0; y < edge; ++y) {
+        for (int x = 0; x < edge; ++x) {
+            const double veins = 1.0 - qGray(marble.pixel(x, y)) / 255.0;
+            const double heat = std::pow(veins, 3.0) * 6.0 + 0.02;
+            const double r = std::hypot(x - edge / 2.0 + 0.5, y - edge / 2.0 + 0.5) / (edge / 2.0);
+            const double alpha = std::clamp((1.0 - r) / 0.12, 0.0, 1.0);
+            pixels.push_back(float(heat * 1.0 * alpha));
+            pixels.push_back(float(heat * 0.28 * alpha));
+            pixels.push_back(float(heat * 0.04 * alpha));
+            pixels.push_back(float(alpha));
+        }
+    }
+    OIIO::ImageSpec spec(edge, edge, 4, OIIO::TypeHalf);
+    spec.alpha_channel = 3;
+    spec.attribute("compression", "zip");
+    return writeWithImageIo(path, spec, pixels);
+}
+
+// A sky with a sun far brighter than white, as Radiance stores it.
+bool writeSkyHdr(const QString& path)
+{
+    const QSize size(512, 256);
+    std::vector<float> pixels = floatsOf(TsamplePictures::texture(Texture::Sky, size, path), 3, true);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            const double d = std::hypot(x - 360.0, y - 90.0);
+            const float sun = float(40.0 * std::exp(-d * d / 60.0));
+            for (int c = 0; c < 3; ++c)
+                pixels[(size_t(y) * size.width() + x) * 3 + c] += sun;
+        }
+    }
+    return writeWithImageIo(path, OIIO::ImageSpec(size.width(), size.height(), 3, OIIO::TypeFloat), pixels);
+}
+
+// A tiled texture with every mip level, each filtered from the one above.
+bool writeMipMappedTx(const QString& path)
+{
+    const std::string name = QFile::encodeName(path).toStdString();
+    auto out = OIIO::ImageOutput::create("tiff");
+    if (!out)
+        return false;
+    QImage level = TsamplePictures::texture(Texture::Water, QSize(512, 512), path);
+    bool ok = true;
+    for (int index = 0; ok && !level.isNull(); ++index) {
+        OIIO::ImageSpec spec(level.width(), level.height(), 3, OIIO::TypeUInt8);
+        spec.tile_width = 64;
+        spec.tile_height = 64;
+        spec.attribute("compression", "zip");
+        spec.attribute("textureformat", "Plain Texture");
+        // TIFF keeps its mip levels as further pages marked as reduced pictures.
+        if (index > 0)
+            spec.attribute("tiff:subfiletype", 1);
+        ok = out->open(name, spec, index == 0 ? OIIO::ImageOutput::Create : OIIO::ImageOutput::AppendSubimage)
+            && out->write_image(OIIO::TypeFloat, floatsOf(level, 3, false).data());
+        if (level.width() == 1 && level.height() == 1)
+            break;
+        level = level.scaled(std::max(1, level.width() / 2), std::max(1, level.height() / 2), Qt::IgnoreAspectRatio,
+                             Qt::SmoothTransformation);
+    }
+    ok = out->close() && ok;
+    out->geterror();
+    return ok;
+}
+
+// Terrain heights in 16 bits: smooth hills that 8 bits would band.
+bool writeHeightTiff(const QString& path)
+{
+    const int edge = 256;
+    std::vector<float> pixels;
+    pixels.reserve(size_t(edge) * edge);
+    for (int y = 0; y < edge; ++y) {
+        for (int x = 0; x < edge; ++x) {
+            const double u = x / double(edge), v = y / double(edge);
+            const double h = 0.5 + 0.22 * std::sin(u * 6.3 + 1.0) * std::cos(v * 4.1) + 0.12 * std::sin((u + v) * 13.0)
+                + 0.05 * std::cos(u * 29.0 - v * 17.0);
+            pixels.push_back(float(std::clamp(h, 0.0, 1.0)));
+        }
+    }
+    OIIO::ImageSpec spec(edge, edge, 1, OIIO::TypeUInt16);
+    spec.attribute("compression", "zip");
+    return writeWithImageIo(path, spec, pixels);
+}
+
+// A film scan: a render stored in 10 bits per channel.
+bool writeScanDpx(const QString& path, const QImage& render)
+{
+    OIIO::ImageSpec spec(render.width(), render.height(), 3, OIIO::TypeUInt16);
+    spec.attribute("oiio:BitsPerSample", 10);
+    return writeWithImageIo(path, spec, floatsOf(render, 3, false));
+}
+
+// A decal with a cut-out outline in its alpha channel.
+bool writeDecalTga(const QString& path)
+{
+    const int edge = 256;
+    const QImage splat = TsamplePictures::stamp(TsamplePictures::Stamp::InkSplatter, edge, path);
+    const QImage fabric = TsamplePictures::texture(Texture::Fabric, QSize(edge, edge), path);
+    std::vector<float> pixels;
+    pixels.reserve(size_t(edge) * edge * 4);
+    for (int y = 0; y < edge; ++y) {
+        for (int x = 0; x < edge; ++x) {
+            const QColor colour = fabric.pixelColor(x, y);
+            const float alpha = float(qGray(splat.pixel(x, y)) / 255.0);
+            pixels.push_back(float(colour.redF()) * alpha);
+            pixels.push_back(float(colour.greenF()) * alpha);
+            pixels.push_back(float(colour.blueF()) * alpha);
+            pixels.push_back(alpha);
+        }
+    }
+    OIIO::ImageSpec spec(edge, edge, 4, OIIO::TypeUInt8);
+    spec.alpha_channel = 3;
+    spec.attribute("compression", "rle");
+    return writeWithImageIo(path, spec, pixels);
+}
+#endif
+
+void writeRenderFormats(Writer& out, const QImage& render)
+{
+    const QString folder = QLatin1String(kTextures);
+    // The layered-image file is written here: no image library at hand writes one.
+    out.bytes(folder + QLatin1String("Poster_Layout.psd"),
+              TsamplePsd::encode(TsamplePictures::texture(Texture::Plates, QSize(256, 256), QStringLiteral("poster")),
+                                 false));
+#ifdef ORLO_HAVE_OPENIMAGEIO
+    out.external(folder + QLatin1String("Lava_Glow.exr"), writeLavaExr);
+    out.external(folder + QLatin1String("Sky_Dome.hdr"), writeSkyHdr);
+    out.external(folder + QLatin1String("Water_Ripples.tx"), writeMipMappedTx);
+    out.external(folder + QLatin1String("Terrain_Height.tif"), writeHeightTiff);
+    out.external(folder + QLatin1String("Film_Scan.dpx"),
+                 [&render](const QString& path) { return writeScanDpx(path, render); });
+    out.external(folder + QLatin1String("Decal_Stencil.tga"), writeDecalTga);
+#else
+    Q_UNUSED(render);
+#endif
 }
 
 // --- scripts and other files --------------------------------------------------------------
@@ -583,6 +792,7 @@ bool writeLibrary(Writer& out)
     writeRenders(out, QStringLiteral("Vela/Examples/Rendering"), Model::ShaderBall, QStringLiteral("Beauty_Pass"), 1);
     const QImage beauty = model(Model::ShaderBall).render(QSize(640, 360), 60, 0);
     out.image(QStringLiteral("Vela/Examples/Rendering/Depth_Pass.tif"), TsamplePictures::depthPass(beauty), "tif");
+    writeRenderFormats(out, model(Model::ShaderBall).render(QSize(320, 180), 200, 0));
     writeRenders(out, QStringLiteral("Projects/Harbour_Scene/images"), Model::Boat, QStringLiteral("Harbour_Render"), 3);
     writeRenders(out, QStringLiteral("Projects/Orbit_Station/renders"), Model::Station, QStringLiteral("Station_Render"), 2);
     // Project folders that exist but hold nothing yet.
@@ -643,8 +853,11 @@ int main(int argc, char** argv)
         return fail(QStringLiteral("cannot create %1").arg(target));
 
     Writer out(QFileInfo(target).absoluteFilePath());
-    if (!writeLibrary(out))
+    if (!writeLibrary(out)) {
+        // The folder was empty or ours: a half-written library would be refused next time.
+        QDir(target).removeRecursively();
         return fail(out.error());
+    }
     QSaveFile file(QDir(target).filePath(QLatin1String(kManifest)));
     if (!file.open(QIODevice::WriteOnly) || file.write(manifest()) < 0 || !file.commit())
         return fail(QStringLiteral("cannot write the manifest"));

@@ -91,7 +91,7 @@ void PreviewLoader::start(const QString& path)
                 if (!picture.isNull())
                     owner->deliver(owner->m_serial, picture, false);
                 else
-                    owner->decodeWithQt(owner->m_serial, path);
+                    owner->decodeWithReaders(owner->m_serial, path);
             });
             return;
         }
@@ -106,7 +106,7 @@ void PreviewLoader::start(const QString& path)
     });
 }
 
-void PreviewLoader::decodeWithQt(quint64 serial, const QString& path)
+void PreviewLoader::decodeWithReaders(quint64 serial, const QString& path)
 {
     const QSize box = m_target.isEmpty() ? fallbackBox : m_target;
     const QPointer<PreviewLoader> self(this);

@@ -13,10 +13,12 @@ class TthumbnailService;
 class TworkTicket;
 
 // Turns a selected path into the picture the preview tab shows. The host's loader is asked
-// first, so scene files and the host's own formats preview; Qt's readers come second.
+// first, so scene files and the host's own formats preview; the browser's own readers (Qt's
+// plug-ins, and OpenImageIO for EXR, HDR, TX, TIFF, DPX, PSD, TGA and DDS) come second.
 //
 // Threads: loadPreview returns at once. The file check and Qt's decoding run on the
-// thumbnail service's pool, at the size of the picture widget (device pixels); the host's
+// thumbnail service's pool, at the size of the picture widget (device pixels: a mip-mapped
+// texture is read at the level that covers it); the host's
 // loader runs on the GUI thread, unless the host option variable
 // "contentBrowserImageLoaderThreads" is positive, then on the pool as well.
 // Cancelling: each request cancels the one before it; a result that comes back for an
@@ -51,7 +53,7 @@ public Q_SLOTS:
 
 private:
     void start(const QString& path);
-    void decodeWithQt(quint64 serial, const QString& path);
+    void decodeWithReaders(quint64 serial, const QString& path);
     void deliver(quint64 serial, const QImage& picture, bool reduced);
 
     TabImageLoader* m_imageLoader;

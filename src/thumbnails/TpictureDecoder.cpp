@@ -9,6 +9,8 @@
 #include <QPen>
 #include <QPixmap>
 
+#include <algorithm>
+
 namespace {
 
 const QImage::Format paintFormat = QImage::Format_ARGB32_Premultiplied;
@@ -65,13 +67,68 @@ bool TpictureDecoder::isRegularFile(const QString& path)
 
 bool TpictureDecoder::isSupportedImageSuffix(const QString& suffix)
 {
-    return !suffix.isEmpty() && supportedFormats().contains(suffix.toUtf8().toLower());
+    return !suffix.isEmpty()
+        && (TimageIoReader::handlesSuffix(suffix) || supportedFormats().contains(suffix.toUtf8().toLower()));
+}
+
+TpictureHeader TpictureDecoder::readHeader(const QString& path)
+{
+    if (!isRegularFile(path))
+        return TpictureHeader();
+    const QString suffix = QFileInfo(path).suffix();
+    if (TimageIoReader::handlesSuffix(suffix)) {
+        const TpictureHeader header = TimageIoReader::header(path);
+        if (header.valid || !supportedFormats().contains(suffix.toUtf8().toLower()))
+            return header;
+    }
+    TpictureHeader header;
+    if (!isSupportedImageSuffix(suffix))
+        return header;
+    QImageReader reader(path);
+    reader.setAutoTransform(true);
+    QSize size = reader.size();
+    if (!size.isValid() || size.isEmpty())
+        return header;
+    if (reader.transformation() & QImageIOHandler::TransformationRotate90)
+        size.transpose();
+    header.valid = true;
+    header.size = size;
+    header.parts = std::max(1, reader.imageCount());
+    // What Qt tells of the stored pixels is the format it decodes them into.
+    const QImage::Format format = reader.imageFormat();
+    const QPixelFormat pixel = QImage::toPixelFormat(format);
+    if (format == QImage::Format_Invalid)
+        return header;
+    if (format == QImage::Format_Mono || format == QImage::Format_MonoLSB || format == QImage::Format_Indexed8) {
+        // A palette of colours, or black and white.
+        const bool mono = format != QImage::Format_Indexed8;
+        header.channels = mono ? QStringList{QStringLiteral("Y")}
+                               : QStringList{QStringLiteral("R"), QStringLiteral("G"), QStringLiteral("B")};
+        header.bits = mono ? 1 : 8;
+        return header;
+    }
+    const bool grey = pixel.colorModel() == QPixelFormat::Grayscale || pixel.colorModel() == QPixelFormat::Alpha;
+    header.channels = grey ? QStringList{QStringLiteral("Y")}
+                           : QStringList{QStringLiteral("R"), QStringLiteral("G"), QStringLiteral("B")};
+    if (pixel.alphaUsage() == QPixelFormat::UsesAlpha && !grey)
+        header.channels.append(QStringLiteral("A"));
+    const int channelsStored = grey ? 1 : (pixel.alphaUsage() == QPixelFormat::UsesAlpha ? 4 : 3);
+    header.floating = pixel.typeInterpretation() == QPixelFormat::FloatingPoint;
+    const int padded = pixel.channelCount() > 0 ? pixel.channelCount() : channelsStored;
+    header.bits = std::max(1, int(pixel.bitsPerPixel()) / padded);
+    return header;
 }
 
 QImage TpictureDecoder::readFitted(const QString& path, const QSize& box, bool fromContent, bool enlarge)
 {
     if (!isRegularFile(path) || box.isEmpty())
         return QImage();
+    const QString suffix = QFileInfo(path).suffix();
+    if (TimageIoReader::handlesSuffix(suffix)) {
+        QImage picture = TimageIoReader::read(path, box, enlarge);
+        if (!picture.isNull() || !supportedFormats().contains(suffix.toUtf8().toLower()))
+            return picture;
+    }
     QImageReader reader(path);
     reader.setDecideFormatFromContent(fromContent);
     reader.setAutoTransform(true);

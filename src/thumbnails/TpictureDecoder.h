@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TimageIoReader.h"
+
 #include <QImage>
 #include <QSize>
 #include <QString>
@@ -10,6 +12,10 @@ class TabImageLoader;
 // preview, host image loader, image file, swatch frame), and the fitting and badge drawing
 // that turn a decoded picture into a thumbnail. Every function is reentrant and works on
 // QImage only, so the thumbnail service calls them on its worker threads.
+//
+// Image files are read by Qt's plug-ins, and the formats of render and texture folders (EXR,
+// HDR, TIFF/TX, DPX, Cineon, PSD, TGA, DDS) by TimageIoReader, chosen by suffix; a file of a
+// suffix both know that TimageIoReader cannot read is tried with Qt's plug-in too.
 //
 // Safety limits: only regular files are opened (a FIFO or a device named like a picture
 // would block or never end); a picture is decoded at most at maxDecodePixels, through the
@@ -31,8 +37,11 @@ public:
     static Indicator indicatorOf(const QString& filePath);
     // A regular file (links followed): never a folder, FIFO, socket or device.
     static bool isRegularFile(const QString& path);
-    // Whether Qt reads files with this suffix (compared in lower case).
+    // Whether Qt or TimageIoReader reads files with this suffix (compared in lower case).
     static bool isSupportedImageSuffix(const QString& suffix);
+    // The header of a picture file (size, channels, depth, parts, levels) without decoding
+    // its pixels; invalid for what is not a readable picture. Touches the disk.
+    static TpictureHeader readHeader(const QString& path);
 
     // Frame 1 of the file's swatch preview at its own size (reduced to at most box when it
     // is larger), or null when there is none or it cannot be read.

@@ -1,8 +1,11 @@
 #include "MetaDataViewer.h"
 #include "TbrowserStrings.h"
+#include "TpictureStrings.h"
+#include "TtestImageFiles.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QImage>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLocale>
@@ -17,6 +20,13 @@ QString makeFile(const QTemporaryDir& dir, const QString& name, qint64 size)
     const QString path = dir.filePath(name);
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.resize(size) ? path : QString();
+}
+
+// Loads path and waits for its values to be on screen.
+void load(MetaDataViewer& viewer, const QString& path)
+{
+    viewer.loadMetaData(path);
+    QTRY_VERIFY(!viewer.isLoading());
 }
 
 QLabel* valueLabel(const MetaDataViewer& viewer, MetaDataViewer::Row row)
@@ -44,6 +54,10 @@ private Q_SLOTS:
     void nothingShownForFoldersAndMissingPaths();
     void samePathIsNotRefreshed();
     void longValuesAreElidedWithTheirTooltip();
+    void pictureRows_data();
+    void pictureRows();
+    void channelTexts_data();
+    void channelTexts();
 
 private:
     QTemporaryDir m_dir;
@@ -83,7 +97,7 @@ void TestMetaDataViewer::sizeTextsUnderADecimalComma()
     const QString path = makeFile(m_dir, QStringLiteral("size-%1.bin").arg(bytes), bytes);
     QVERIFY2(!path.isEmpty() && QFileInfo(path).size() == bytes, QTest::currentDataTag());
     MetaDataViewer viewer;
-    viewer.loadMetaData(path);
+    load(viewer, path);
     const QString shown = viewer.valueText(MetaDataViewer::SizeRow);
     QVERIFY2(shown == expected, qPrintable(QStringLiteral("%1: got %2").arg(QTest::currentDataTag(), shown)));
     QFile::remove(path);
@@ -102,7 +116,7 @@ void TestMetaDataViewer::factsOfAFile()
         QVERIFY(file.setFileTime(modified, QFileDevice::FileModificationTime));
     }
     MetaDataViewer viewer;
-    viewer.loadMetaData(path);
+    load(viewer, path);
     QCOMPARE(viewer.valueText(MetaDataViewer::NameRow), name);
     // The suffix keeps its case: it is what the file is called, not a format name.
     QCOMPARE(viewer.valueText(MetaDataViewer::TypeRow),
@@ -148,9 +162,9 @@ void TestMetaDataViewer::nothingShownForFoldersAndMissingPaths()
 {
     QFETCH(QString, path);
     MetaDataViewer viewer;
-    viewer.loadMetaData(makeFile(m_dir, QStringLiteral("shown-first.txt"), 10));
+    load(viewer, makeFile(m_dir, QStringLiteral("shown-first.txt"), 10));
     QVERIFY(!viewer.valueText(MetaDataViewer::NameRow).isEmpty());
-    viewer.loadMetaData(path);
+    load(viewer, path);
     for (int row = 0; row < MetaDataViewer::RowCount; ++row) {
         const QString shown = valueLabel(viewer, MetaDataViewer::Row(row))->text();
         QVERIFY2(shown.isEmpty() && viewer.valueText(MetaDataViewer::Row(row)).isEmpty(),
@@ -162,12 +176,12 @@ void TestMetaDataViewer::samePathIsNotRefreshed()
 {
     const QString path = makeFile(m_dir, QStringLiteral("growing.bin"), 100);
     MetaDataViewer viewer;
-    viewer.loadMetaData(path);
+    load(viewer, path);
     QVERIFY(QFile(path).resize(2048));
-    viewer.loadMetaData(path);
+    load(viewer, path);
     QCOMPARE(viewer.valueText(MetaDataViewer::SizeRow), QStringLiteral("100.00 B"));
-    viewer.loadMetaData(makeFile(m_dir, QStringLiteral("other.bin"), 1));
-    viewer.loadMetaData(path);
+    load(viewer, makeFile(m_dir, QStringLiteral("other.bin"), 1));
+    load(viewer, path);
     QCOMPARE(viewer.valueText(MetaDataViewer::SizeRow), QStringLiteral("2.00 KB"));
 }
 
@@ -182,7 +196,7 @@ void TestMetaDataViewer::longValuesAreElidedWithTheirTooltip()
     QLabel* name = valueLabel(viewer, MetaDataViewer::NameRow);
     QLabel* type = valueLabel(viewer, MetaDataViewer::TypeRow);
 
-    viewer.loadMetaData(longPath);
+    load(viewer, longPath);
     const QString shown = name->text();
     QVERIFY2(shown.endsWith(QChar(0x2026)) && longName.startsWith(shown.chopped(1)), qPrintable(shown));
     QVERIFY2(name->fontMetrics().horizontalAdvance(shown) <= name->width(), qPrintable(shown));
@@ -197,9 +211,105 @@ void TestMetaDataViewer::longValuesAreElidedWithTheirTooltip()
     QVERIFY2(viewer.minimumSizeHint().width() < 220, qPrintable(QString::number(viewer.minimumSizeHint().width())));
 
     viewer.resize(220, 300);
-    viewer.loadMetaData(makeFile(m_dir, QStringLiteral("a.png"), 10));
+    load(viewer, makeFile(m_dir, QStringLiteral("a.png"), 10));
     QCOMPARE(name->text(), QStringLiteral("a.png"));
     QCOMPARE(name->toolTip(), longName);
+}
+
+void TestMetaDataViewer::pictureRows_data()
+{
+    // Rows: resolution, channels, parts, levels; an empty text means the row is hidden.
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<QString>("partsCaption");
+    const QString parts = rContentBrowserMetadataParts.asQString();
+    QTest::newRow("png") << "logo.png" << QStringList{"48 x 24", "RGBA, 8-bit", "", ""} << parts;
+    QTest::newRow("not a picture") << "notes.txt" << QStringList{"", "", "", ""} << parts;
+#ifdef ORLO_HAVE_OPENIMAGEIO
+    QTest::newRow("half exr") << "beauty.exr" << QStringList{"640 x 360", "RGBA, 16-bit half", "", ""} << parts;
+    QTest::newRow("float tiff") << "depth.tif" << QStringList{"64 x 32", "Y, 32-bit float", "", ""}
+                                << rContentBrowserMetadataPages.asQString();
+    QTest::newRow("multi-part exr") << "passes.exr" << QStringList{"32 x 16", "RGBA, 16-bit half", "3", ""} << parts;
+    QTest::newRow("mip-mapped tx") << "bricks.tx" << QStringList{"64 x 64", "RGB, 8-bit", "", "7"}
+                                   << rContentBrowserMetadataPages.asQString();
+#endif
+}
+
+void TestMetaDataViewer::pictureRows()
+{
+    QFETCH(QString, file);
+    QFETCH(QStringList, expected);
+    QFETCH(QString, partsCaption);
+    const QString path = m_dir.filePath(file);
+    const QString suffix = QFileInfo(file).suffix();
+    bool written = false;
+    if (suffix == QLatin1String("png")) {
+        QImage picture(48, 24, QImage::Format_ARGB32);
+        picture.fill(Qt::transparent);
+        written = picture.save(path, "PNG");
+    } else if (suffix == QLatin1String("txt")) {
+        written = !makeFile(m_dir, file, 10).isEmpty();
+    }
+#ifdef ORLO_HAVE_OPENIMAGEIO
+    else if (file == QLatin1String("beauty.exr")) {
+        // Header only: a file this size in float would take a while to decode.
+        written = TtestImageFiles::write(path, 640, 360, 4, OIIO::TypeHalf,
+                                         TtestImageFiles::filled(640, 360, {0.5f, 0.5f, 0.5f, 1.0f}));
+    } else if (file == QLatin1String("depth.tif")) {
+        written = TtestImageFiles::write(path, 64, 32, 1, OIIO::TypeFloat, TtestImageFiles::filled(64, 32, {0.5f}));
+    } else if (file == QLatin1String("passes.exr")) {
+        written = TtestImageFiles::writeParts(path, 3, 32, 16);
+    } else if (file == QLatin1String("bricks.tx")) {
+        written = TtestImageFiles::writeMipLevels(path, 64, 16, {Qt::red}, OIIO::TypeUInt8);
+    }
+#endif
+    QVERIFY2(written, QTest::currentDataTag());
+
+    MetaDataViewer viewer;
+    load(viewer, path);
+    QCOMPARE(viewer.valueText(MetaDataViewer::NameRow), file);
+    for (int row = 0; row < MetaDataViewer::PictureRowCount; ++row) {
+        const auto pictureRow = MetaDataViewer::PictureRow(row);
+        const QString shown = viewer.valueText(pictureRow);
+        QVERIFY2(shown == expected.at(row) && viewer.isRowShown(pictureRow) == !shown.isEmpty(),
+                 qPrintable(QStringLiteral("%1: row %2 is \"%3\"").arg(QTest::currentDataTag()).arg(row).arg(shown)));
+    }
+    QCOMPARE(viewer.captionText(MetaDataViewer::PartsRow), partsCaption);
+    QCOMPARE(viewer.captionText(MetaDataViewer::ResolutionRow), rContentBrowserMetadataResolution.asQString());
+
+    // A folder hides the picture rows again.
+    load(viewer, m_dir.path());
+    for (int row = 0; row < MetaDataViewer::PictureRowCount; ++row)
+        QVERIFY2(!viewer.isRowShown(MetaDataViewer::PictureRow(row)), QTest::currentDataTag());
+}
+
+void TestMetaDataViewer::channelTexts_data()
+{
+    QTest::addColumn<QStringList>("channels");
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<bool>("floating");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("rgba half") << QStringList{"R", "G", "B", "A"} << 16 << true << "RGBA, 16-bit half";
+    QTest::newRow("rgb float") << QStringList{"R", "G", "B"} << 32 << true << "RGB, 32-bit float";
+    QTest::newRow("10-bit") << QStringList{"R", "G", "B"} << 10 << false << "RGB, 10-bit";
+    QTest::newRow("many channels spelled apart") << QStringList{"R", "G", "B", "A", "Z"} << 16 << true
+                                                 << "R G B A Z, 16-bit half";
+    QTest::newRow("long names spelled apart") << QStringList{"N.x", "N.y"} << 32 << true << "N.x N.y, 32-bit float";
+    QTest::newRow("no channel names") << QStringList{} << 8 << false << "8-bit";
+}
+
+void TestMetaDataViewer::channelTexts()
+{
+    QFETCH(QStringList, channels);
+    QFETCH(int, bits);
+    QFETCH(bool, floating);
+    QFETCH(QString, expected);
+    TpictureHeader header;
+    header.valid = true;
+    header.channels = channels;
+    header.bits = bits;
+    header.floating = floating;
+    QCOMPARE(MetaDataViewer::channelsText(header), expected);
 }
 
 QTEST_MAIN(TestMetaDataViewer)

@@ -5,6 +5,7 @@
 #include "TpoolBlocker.h"
 #include "TthumbnailService.h"
 #include "TbrowserStrings.h"
+#include "TtestImageFiles.h"
 #include "Tint32Array.h"
 #include "TrecordingHost.h"
 
@@ -74,6 +75,7 @@ private Q_SLOTS:
     void requestFillsBothTabs();
     void latestSelectionWins();
     void pictureIsDecodedAtThePanelSize();
+    void renderFormatsArePreviewed();
     void panelHiding_data();
     void panelHiding();
 
@@ -208,17 +210,17 @@ void TestPreviewPane::requestFillsBothTabs()
 
     Q_EMIT pane->newPreviewRequested(picture);
     QTRY_COMPARE(preview->fullPicture().size(), QSize(40, 30));
-    QCOMPARE(viewer->valueText(MetaDataViewer::NameRow), QStringLiteral("wood.png"));
+    QTRY_COMPARE(viewer->valueText(MetaDataViewer::NameRow), QStringLiteral("wood.png"));
     // A folder clears the metadata but leaves the last picture on screen.
     Q_EMIT pane->newPreviewRequested(m_dir->path());
     QTRY_VERIFY(!pane->previewLoader()->isLoading());
     QCOMPARE(preview->fullPicture().size(), QSize(40, 30));
-    QVERIFY(viewer->valueText(MetaDataViewer::NameRow).isEmpty());
+    QTRY_VERIFY(viewer->valueText(MetaDataViewer::NameRow).isEmpty());
 
     Q_EMIT pane->newPreviewRequested(notes);
     QTRY_VERIFY(preview->fullPicture().isNull());
     QCOMPARE(pictureLabel(*preview)->text(), rContentBrowserFilePreviewNoPreviewAvail.asQString());
-    QCOMPARE(viewer->valueText(MetaDataViewer::NameRow), QStringLiteral("notes.xyz"));
+    QTRY_COMPARE(viewer->valueText(MetaDataViewer::NameRow), QStringLiteral("notes.xyz"));
 }
 
 void TestPreviewPane::latestSelectionWins()
@@ -259,6 +261,26 @@ void TestPreviewPane::pictureIsDecodedAtThePanelSize()
     // A smaller one rescales what is there.
     loader.setTargetSize(QSize(300, 300));
     QVERIFY(!loader.isLoading());
+}
+
+void TestPreviewPane::renderFormatsArePreviewed()
+{
+#ifndef ORLO_HAVE_OPENIMAGEIO
+    QSKIP("built without OpenImageIO");
+#else
+    // An upper-case suffix too: the suffix is compared in lower case.
+    const QString path = m_dir->filePath(QStringLiteral("render.EXR"));
+    QVERIFY(TtestImageFiles::write(path, 1200, 600, 4, OIIO::TypeHalf,
+                                   TtestImageFiles::filled(1200, 600, {2.0f, 0.0f, 0.0f, 1.0f})));
+    PreviewLoader loader(nullptr);
+    loader.setTargetSize(QSize(300, 300));
+    QSignalSpy spy(&loader, &PreviewLoader::newImagePreviewToDisplay);
+    loader.loadPreview(path);
+    QTRY_COMPARE(spy.count(), 1);
+    const QImage shown = spy.at(0).at(0).value<QPixmap>().toImage();
+    QCOMPARE(shown.size(), QSize(300, 150));
+    QCOMPARE(shown.pixelColor(150, 75), QColor(255, 0, 0));
+#endif
 }
 
 void TestPreviewPane::panelHiding_data()

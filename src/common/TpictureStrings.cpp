@@ -1,0 +1,13 @@
+#include "TpictureStrings.h"
+
+const TstringId rContentBrowserMetadataBitDepth("rContentBrowserMetadataBitDepth");
+const TstringId rContentBrowserMetadataBitDepthFloat("rContentBrowserMetadataBitDepthFloat");
+const TstringId rContentBrowserMetadataBitDepthHalf("rContentBrowserMetadataBitDepthHalf");
+const TstringId rContentBrowserMetadataChannels("rContentBrowserMetadataChannels");
+const TstringId rContentBrowserMetadataChannelsValue("rContentBrowserMetadataChannelsValue");
+const TstringId rContentBrowserMetadataLayers("rContentBrowserMetadataLayers");
+const TstringId rContentBrowserMetadataMipLevels("rContentBrowserMetadataMipLevels");
+const TstringId rContentBrowserMetadataPages("rContentBrowserMetadataPages");
+const TstringId rContentBrowserMetadataParts("rContentBrowserMetadataParts");
+const TstringId rContentBrowserMetadataResolution("rContentBrowserMetadataResolution");
+const TstringId rContentBrowserMetadataResolutionValue("rContentBrowserMetadataResolutionValue");
