@@ -74,9 +74,19 @@ void trace(const char* call, const char* path)
     const int length = std::snprintf(line, sizeof line, "slowfs GUI %s %s\n", call, path ? path : "(dir)");
     if (length > 0)
         (void)!write(2, line, std::min<size_t>(size_t(length), sizeof line - 1));
+    // Object and offset per frame, for addr2line: the executable's own symbols are not exported.
     void* frames[40];
     const int depth = backtrace(frames, 40);
-    backtrace_symbols_fd(frames + 2, depth > 2 ? depth - 2 : 0, 2);
+    for (int i = 2; i < depth; ++i) {
+        Dl_info info{};
+        if (dladdr(frames[i], &info) && info.dli_fname) {
+            const int n = std::snprintf(line, sizeof line, "  %s +0x%lx %s\n", info.dli_fname,
+                                        static_cast<unsigned long>(static_cast<char*>(frames[i]) - static_cast<char*>(info.dli_fbase)),
+                                        info.dli_sname ? info.dli_sname : "");
+            if (n > 0)
+                (void)!write(2, line, std::min<size_t>(size_t(n), sizeof line - 1));
+        }
+    }
     (void)!write(2, "--\n", 3);
     inside = false;
 }
