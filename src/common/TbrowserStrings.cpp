@@ -8,6 +8,7 @@ const TstringId kContentBrowserConfirmDeleteInfo("kContentBrowserConfirmDeleteIn
 const TstringId kContentBrowserDirectoryNotFoundWarning("kContentBrowserDirectoryNotFoundWarning");
 const TstringId kContentBrowserDirectoryNotGivenError("kContentBrowserDirectoryNotGivenError");
 const TstringId kContentBrowserPathTooLongError("kContentBrowserPathTooLongError");
+const TstringId kContentBrowserUnlistableNameTooltip("kContentBrowserUnlistableNameTooltip");
 const TstringId kContentBrowserEditRefused("kContentBrowserEditRefused");
 const TstringId kContentBrowserEditRefusedMessageDuplicate("kContentBrowserEditRefusedMessageDuplicate");
 const TstringId kContentBrowserEditRefusedMessageForbidden("kContentBrowserEditRefusedMessageForbidden");
