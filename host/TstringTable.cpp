@@ -22,9 +22,6 @@ const Entry englishTexts[] = {
     {"kContentBrowserDirectoryNotFoundWarning", " does not exist."},
     {"kContentBrowserDirectoryNotGivenError", "The path you entered is a file. Showing the folder that contains it."},
     {"kContentBrowserEditRefused", "Cannot Rename"},
-    {"kContentBrowserUnlistableNameTooltip",
-     "This name is not valid text, so it is shown with replacement characters and cannot be opened, previewed or "
-     "imported here. Rename it in your file manager to use it."},
     {"kContentBrowserPathTooLongError",
      "^1s cannot be opened: the system allows at most ^2d bytes in a path and 255 in one name."},
     {"kContentBrowserEditRefusedMessageDuplicate", "An item with this name already exists. Choose a different name."},

@@ -8,7 +8,6 @@ const TstringId kContentBrowserConfirmDeleteInfo("kContentBrowserConfirmDeleteIn
 const TstringId kContentBrowserDirectoryNotFoundWarning("kContentBrowserDirectoryNotFoundWarning");
 const TstringId kContentBrowserDirectoryNotGivenError("kContentBrowserDirectoryNotGivenError");
 const TstringId kContentBrowserPathTooLongError("kContentBrowserPathTooLongError");
-const TstringId kContentBrowserUnlistableNameTooltip("kContentBrowserUnlistableNameTooltip");
 const TstringId kContentBrowserEditRefused("kContentBrowserEditRefused");
 const TstringId kContentBrowserEditRefusedMessageDuplicate("kContentBrowserEditRefusedMessageDuplicate");
 const TstringId kContentBrowserEditRefusedMessageForbidden("kContentBrowserEditRefusedMessageForbidden");

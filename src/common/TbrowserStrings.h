@@ -13,7 +13,6 @@ extern const TstringId kContentBrowserConfirmDeleteInfo;
 extern const TstringId kContentBrowserDirectoryNotFoundWarning;
 extern const TstringId kContentBrowserDirectoryNotGivenError;
 extern const TstringId kContentBrowserPathTooLongError;
-extern const TstringId kContentBrowserUnlistableNameTooltip;
 extern const TstringId kContentBrowserEditRefused;
 extern const TstringId kContentBrowserEditRefusedMessageDuplicate;
 extern const TstringId kContentBrowserEditRefusedMessageForbidden;

@@ -7,24 +7,10 @@
 #include "TprefOptionVar.h"
 #include "Tstring.h"
 
-#include "TbrowserStrings.h"
-
-#include <QAbstractFileIconProvider>
-#include <QCoreApplication>
 #include <QDateTime>
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QFileSystemModel>
-#include <QPointer>
 #include <QSet>
-#include <QStringDecoder>
-#include <QThreadPool>
-
-#include <dirent.h>
-#include <sys/stat.h>
-
-#include <algorithm>
 
 namespace {
 const char* const filterExtensionsKey = "contentBrowserFilterExtensions";
@@ -152,27 +138,6 @@ QVariant TdirectoryFilterProxy::data(const QModelIndex& index, int role) const
     const QAbstractItemModel* source = sourceModel();
     if (!source)
         return QVariant();
-    if (const UnlistedFolder* unlisted = unlistedRowOf(index)) {
-        const int at = index.row() - QSortFilterProxyModel::rowCount(this->parent(index));
-        if (at < 0 || at >= unlisted->names.size())
-            return QVariant();
-        const UnlistedName& name = unlisted->names.at(at);
-        switch (role) {
-        case Qt::DisplayRole:
-            return index.column() == 0 ? QVariant(name.shown) : QVariant(QString());
-        case Qt::ToolTipRole:
-            return kContentBrowserUnlistableNameTooltip.asQString();
-        case Qt::DecorationRole: {
-            const auto* files = qobject_cast<const QFileSystemModel*>(source);
-            if (index.column() != 0 || !files || !files->iconProvider())
-                return QVariant();
-            return files->iconProvider()->icon(name.isDir ? QAbstractFileIconProvider::Folder
-                                                          : QAbstractFileIconProvider::File);
-        }
-        default:
-            return QVariant();
-        }
-    }
     const QModelIndex sourceIndex = mapToSource(index);
     if (role == Qt::DecorationRole) {
         const QVariant temporaryIcon = source->data(sourceIndex, Qt::UserRole);
@@ -184,198 +149,7 @@ QVariant TdirectoryFilterProxy::data(const QModelIndex& index, int role) const
 
 void TdirectoryFilterProxy::setSourceModel(QAbstractItemModel* sourceModel)
 {
-    if (auto* files = qobject_cast<QFileSystemModel*>(this->sourceModel()))
-        disconnect(files, &QFileSystemModel::directoryLoaded, this, nullptr);
-    beginResetModel();
-    m_unlisted.clear();
-    endResetModel();
     QSortFilterProxyModel::setSourceModel(sourceModel);
-    if (auto* files = qobject_cast<QFileSystemModel*>(sourceModel))
-        connect(files, &QFileSystemModel::directoryLoaded, this, &TdirectoryFilterProxy::readUnlistedNames);
-}
-
-void TdirectoryFilterProxy::readUnlistedNames(const QString& folder)
-{
-    auto* files = qobject_cast<QFileSystemModel*>(sourceModel());
-    if (!files || folder.isEmpty())
-        return;
-    const QDir::Filters filters = files->filter();
-    const bool dirsOnly = !(filters & QDir::Files);
-    const bool hidden = filters & QDir::Hidden;
-    const QPointer<TdirectoryFilterProxy> self(this);
-    // Read like the listing itself, off the GUI thread: the folder may be on a slow share.
-    QThreadPool::globalInstance()->start([self, folder, dirsOnly, hidden] {
-        QList<UnlistedName> names;
-        const QByteArray encoded = QFile::encodeName(folder);
-        if (DIR* dir = opendir(encoded.constData())) {
-            while (const dirent* entry = readdir(dir)) {
-                const QByteArray name(entry->d_name);
-                if (name == "." || name == ".." || (!hidden && name.startsWith('.')))
-                    continue;
-                QStringDecoder decoder(QStringDecoder::Utf8);
-                const QString shown = decoder.decode(name);
-                if (!decoder.hasError())
-                    continue;
-                bool isDir = entry->d_type == DT_DIR;
-                if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
-                    struct stat info;
-                    isDir = fstatat(dirfd(dir), entry->d_name, &info, 0) == 0 && S_ISDIR(info.st_mode);
-                }
-                if (dirsOnly && !isDir)
-                    continue;
-                names.append({shown, isDir});
-            }
-            closedir(dir);
-        }
-        if (QCoreApplication* app = QCoreApplication::instance()) {
-            QMetaObject::invokeMethod(app, [self, folder, names] {
-                if (self)
-                    self->showUnlistedNames(folder, names);
-            }, Qt::QueuedConnection);
-        }
-    });
-}
-
-void TdirectoryFilterProxy::showUnlistedNames(const QString& folder, const QList<UnlistedName>& names)
-{
-    auto* files = qobject_cast<QFileSystemModel*>(sourceModel());
-    if (!files)
-        return;
-    // Folders that went away since take their entries with them.
-    m_unlisted.erase(std::remove_if(m_unlisted.begin(), m_unlisted.end(),
-                                    [](const std::unique_ptr<UnlistedFolder>& entry) { return !entry->source.isValid(); }),
-                     m_unlisted.end());
-    auto it = std::find_if(m_unlisted.begin(), m_unlisted.end(),
-                           [&folder](const std::unique_ptr<UnlistedFolder>& entry) { return entry->path == folder; });
-    const QModelIndex source = files->index(folder);
-    const QModelIndex parent = source.isValid() ? mapFromSource(source) : QModelIndex();
-    if (!parent.isValid()) {
-        if (it != m_unlisted.end())
-            m_unlisted.erase(it);
-        return;
-    }
-    const int listed = QSortFilterProxyModel::rowCount(parent);
-    if (it != m_unlisted.end()) {
-        UnlistedFolder* entry = it->get();
-        if (entry->names.size() == names.size()) {
-            bool same = true;
-            for (qsizetype i = 0; same && i < names.size(); ++i)
-                same = entry->names.at(i).shown == names.at(i).shown && entry->names.at(i).isDir == names.at(i).isDir;
-            if (same)
-                return;
-        }
-        beginRemoveRows(parent, listed, listed + int(entry->names.size()) - 1);
-        m_unlisted.erase(it);
-        endRemoveRows();
-    }
-    if (names.isEmpty())
-        return;
-    beginInsertRows(parent, listed, listed + int(names.size()) - 1);
-    m_unlisted.push_back(std::make_unique<UnlistedFolder>(UnlistedFolder{folder, QPersistentModelIndex(source), names}));
-    endInsertRows();
-}
-
-TdirectoryFilterProxy::UnlistedFolder* TdirectoryFilterProxy::unlistedOf(const QModelIndex& proxyParent) const
-{
-    if (m_unlisted.empty() || !proxyParent.isValid() || unlistedRowOf(proxyParent))
-        return nullptr;
-    const QModelIndex source = QSortFilterProxyModel::mapToSource(proxyParent);
-    for (const auto& entry : m_unlisted) {
-        if (entry->source.isValid() && entry->source == source)
-            return entry.get();
-    }
-    return nullptr;
-}
-
-TdirectoryFilterProxy::UnlistedFolder* TdirectoryFilterProxy::unlistedRowOf(const QModelIndex& index) const
-{
-    if (m_unlisted.empty() || !index.isValid() || index.model() != this)
-        return nullptr;
-    for (const auto& entry : m_unlisted) {
-        if (index.internalPointer() == entry.get())
-            return entry.get();
-    }
-    return nullptr;
-}
-
-bool TdirectoryFilterProxy::isUnlistedName(const QModelIndex& index) const
-{
-    return unlistedRowOf(index) != nullptr;
-}
-
-int TdirectoryFilterProxy::rowCount(const QModelIndex& parent) const
-{
-    if (unlistedRowOf(parent))
-        return 0;
-    const int listed = QSortFilterProxyModel::rowCount(parent);
-    const UnlistedFolder* unlisted = unlistedOf(parent);
-    return unlisted ? listed + int(unlisted->names.size()) : listed;
-}
-
-QModelIndex TdirectoryFilterProxy::index(int row, int column, const QModelIndex& parent) const
-{
-    if (unlistedRowOf(parent))
-        return QModelIndex();
-    UnlistedFolder* unlisted = unlistedOf(parent);
-    if (unlisted) {
-        const int listed = QSortFilterProxyModel::rowCount(parent);
-        if (row >= listed) {
-            if (row - listed >= unlisted->names.size() || column < 0 || column >= columnCount(parent))
-                return QModelIndex();
-            return createIndex(row, column, unlisted);
-        }
-    }
-    return QSortFilterProxyModel::index(row, column, parent);
-}
-
-QModelIndex TdirectoryFilterProxy::parent(const QModelIndex& child) const
-{
-    if (const UnlistedFolder* unlisted = unlistedRowOf(child)) {
-        if (!unlisted->source.isValid())
-            return QModelIndex();
-        return mapFromSource(unlisted->source);
-    }
-    return QSortFilterProxyModel::parent(child);
-}
-
-QModelIndex TdirectoryFilterProxy::sibling(int row, int column, const QModelIndex& idx) const
-{
-    if (unlistedRowOf(idx) || (idx.isValid() && unlistedOf(parent(idx))))
-        return index(row, column, parent(idx));
-    return QSortFilterProxyModel::sibling(row, column, idx);
-}
-
-Qt::ItemFlags TdirectoryFilterProxy::flags(const QModelIndex& index) const
-{
-    // Shown, but nothing can act on a name no path names.
-    if (unlistedRowOf(index))
-        return Qt::NoItemFlags;
-    return QSortFilterProxyModel::flags(index);
-}
-
-bool TdirectoryFilterProxy::hasChildren(const QModelIndex& parent) const
-{
-    if (unlistedRowOf(parent))
-        return false;
-    return QSortFilterProxyModel::hasChildren(parent);
-}
-
-bool TdirectoryFilterProxy::canFetchMore(const QModelIndex& parent) const
-{
-    return !unlistedRowOf(parent) && QSortFilterProxyModel::canFetchMore(parent);
-}
-
-void TdirectoryFilterProxy::fetchMore(const QModelIndex& parent)
-{
-    if (!unlistedRowOf(parent))
-        QSortFilterProxyModel::fetchMore(parent);
-}
-
-QModelIndex TdirectoryFilterProxy::mapToSource(const QModelIndex& proxyIndex) const
-{
-    if (unlistedRowOf(proxyIndex))
-        return QModelIndex();
-    return QSortFilterProxyModel::mapToSource(proxyIndex);
 }
 
 void TdirectoryFilterProxy::filterFiles(const QModelIndex& baseFolder, const QString& text)

@@ -8,7 +8,6 @@
 #include <QString>
 
 #include <memory>
-#include <vector>
 
 class Tmessage;
 class Tstring;
@@ -26,15 +25,6 @@ class Tstring;
 //   expression hides nothing;
 // - names starting with two or more underscores and a word character ("__pycache__");
 // - names ending in "_res.py" (case-sensitive).
-//
-// Names that are not valid UTF-8: the file model never lists them (the toolkit's directory
-// iteration leaves them out). Over a QFileSystemModel the proxy lists them itself, after the
-// source's rows of the folder and unsorted, with replacement characters in place of the bytes
-// that cannot be shown: disabled (they cannot be selected, opened, dragged, previewed or
-// imported, since no path the browser can pass on names them), with a tooltip that says why.
-// Each folder is read for them in the background whenever the source has loaded it; such
-// rows map to no source index.
-//
 // The proxy follows the option variable for its whole life: a new value filters again at
 // once, except an empty one, which takes effect at the next filtering pass. Removing the
 // variable, or giving it a value that is not a string, leaves the last filter in force. The
@@ -51,19 +41,6 @@ public:
     // one, else the source's decoration. Every other role is the source's.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     void setSourceModel(QAbstractItemModel* sourceModel) override;
-
-    // Extended for the rows of names the source cannot list (see above).
-    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
-    QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;
-    QModelIndex parent(const QModelIndex& child) const override;
-    QModelIndex sibling(int row, int column, const QModelIndex& idx) const override;
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
-    bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
-    bool canFetchMore(const QModelIndex& parent) const override;
-    void fetchMore(const QModelIndex& parent) override;
-    QModelIndex mapToSource(const QModelIndex& proxyIndex) const override;
-    // True for a row of a name the source cannot list.
-    bool isUnlistedName(const QModelIndex& index) const;
     // Drags carry the items' paths in the browser's drag format (TdragSupport), each row
     // once, in the order given.
     QStringList mimeTypes() const override;
@@ -95,24 +72,7 @@ protected:
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:
-    struct UnlistedName
-    {
-        QString shown;
-        bool isDir = false;
-    };
-    // The names of one folder that the source cannot list. Its address marks the rows.
-    struct UnlistedFolder
-    {
-        QString path;
-        QPersistentModelIndex source;
-        QList<UnlistedName> names;
-    };
-
     void setExtensions(const Tstring& extensions, bool filterAgain);
-    void readUnlistedNames(const QString& folder);
-    void showUnlistedNames(const QString& folder, const QList<UnlistedName>& names);
-    UnlistedFolder* unlistedOf(const QModelIndex& proxyParent) const;
-    UnlistedFolder* unlistedRowOf(const QModelIndex& index) const;
     static void onOptionVarChanged(Tclient* client, const Tmessage& message);
 
     QString m_searchPattern;
@@ -121,5 +81,4 @@ private:
     bool m_extensionValid = false;
     // Compiled from m_searchPattern whenever it changes, never per row.
     QRegularExpression m_searchExpression;
-    std::vector<std::unique_ptr<UnlistedFolder>> m_unlisted;
 };

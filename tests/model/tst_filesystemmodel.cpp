@@ -1,4 +1,3 @@
-#include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
 #include "TstringTable.h"
 
@@ -13,9 +12,6 @@
 
 #include <dirent.h>
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <cstring>
@@ -93,8 +89,6 @@ private Q_SLOTS:
     void hasChildrenIgnoresPrivateFolders();
     void hasChildrenNeverListsOnTheGuiThread();
     void arrowFollowsTheListing();
-    void namesThatAreNotTextAreListed_data();
-    void namesThatAreNotTextAreListed();
     void typeColumnNamesFormats_data();
     void typeColumnNamesFormats();
 };
@@ -234,55 +228,6 @@ void TestFileSystemModel::arrowFollowsTheListing()
     QVERIFY(QDir(folder + QStringLiteral("/only")).removeRecursively());
     QTRY_COMPARE(model.rowCount(index), 0);
     QTRY_VERIFY(!model.hasChildren(index));
-}
-
-void TestFileSystemModel::namesThatAreNotTextAreListed_data()
-{
-    QTest::addColumn<bool>("foldersOnly");
-    QTest::addColumn<QStringList>("expected");
-    const QString bad = QString(QChar::ReplacementCharacter);
-    QTest::newRow("content listing") << false << QStringList{bad + bad + ".png", "ok.png", "sub" + bad};
-    QTest::newRow("folder tree") << true << QStringList{"sub" + bad};
-}
-
-void TestFileSystemModel::namesThatAreNotTextAreListed()
-{
-    QFETCH(bool, foldersOnly);
-    QFETCH(QStringList, expected);
-    const QByteArray row = QTest::currentDataTag();
-    QTemporaryDir dir;
-    const QByteArray root = QFile::encodeName(dir.path());
-    const int file = ::open((root + "/\xff\xfe.png").constData(), O_CREAT | O_WRONLY, 0644);
-    QVERIFY(file >= 0);
-    ::close(file);
-    QVERIFY(::mkdir((root + "/sub\xff").constData(), 0755) == 0);
-    QVERIFY(makeEntries(dir.path(), {QStringLiteral("ok.png")}));
-
-    TfileSystemModel model(nullptr);
-    if (foldersOnly)
-        model.setFilter(QDir::AllDirs | QDir::NoDotAndDotDot);
-    TdirectoryFilterProxy proxy;
-    proxy.setSourceModel(&model);
-    const QPersistentModelIndex parent = proxy.mapFromSource(model.setRootPath(dir.path()));
-    QTRY_COMPARE(proxy.rowCount(parent), int(expected.size()));
-
-    QStringList shown;
-    for (int r = 0; r < proxy.rowCount(parent); ++r) {
-        const QModelIndex index = proxy.index(r, 0, parent);
-        shown << index.data().toString();
-        QVERIFY2(index.parent() == parent, row);
-        QVERIFY2(proxy.rowCount(index) == 0, row);
-        if (!index.data().toString().contains(QChar::ReplacementCharacter))
-            continue;
-        // Nothing may act on it: no path the browser passes on would name it.
-        QVERIFY2(proxy.isUnlistedName(index) && proxy.flags(index) == Qt::NoItemFlags, row);
-        QVERIFY2(!proxy.mapToSource(index).isValid(), row);
-        QVERIFY2(!index.data(Qt::ToolTipRole).toString().isEmpty(), row);
-        QVERIFY2(index.sibling(r, 1).isValid() && !proxy.hasChildren(index), row);
-    }
-    shown.sort();
-    expected.sort();
-    QVERIFY2(shown == expected, qPrintable(shown.join(QLatin1Char('|'))));
 }
 
 void TestFileSystemModel::typeColumnNamesFormats_data()
