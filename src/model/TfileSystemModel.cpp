@@ -38,11 +38,17 @@ TfileSystemModel::TfileSystemModel(const TassetBrowserOptions* options, QObject*
         filter(), [](const QString& name, bool) { return !isPrivateFolderName(name) && !QFileInfo(name).isFile(); },
         this);
     connect(m_childProbe, &TfolderChildProbe::answered, this, &TfileSystemModel::onChildrenJudged);
-    // A new entry can only give a folder its arrow, a removed one only take it away.
-    connect(this, &QAbstractItemModel::rowsInserted, this,
-            [this](const QModelIndex& parent) { rejudge(parent, false); });
-    connect(this, &QAbstractItemModel::rowsRemoved, this,
-            [this](const QModelIndex& parent) { rejudge(parent, true); });
+    // A new entry can only give a folder its arrow, a removed one only take it away. Judged
+    // after the change has reached every proxy: a dataChanged in the middle of it would meet
+    // proxies that have not counted the new rows yet.
+    connect(this, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex& parent) {
+        const QPersistentModelIndex folder(parent);
+        QMetaObject::invokeMethod(this, [this, folder] { rejudge(folder, false); }, Qt::QueuedConnection);
+    });
+    connect(this, &QAbstractItemModel::rowsRemoved, this, [this](const QModelIndex& parent) {
+        const QPersistentModelIndex folder(parent);
+        QMetaObject::invokeMethod(this, [this, folder] { rejudge(folder, true); }, Qt::QueuedConnection);
+    });
     connect(this, &QFileSystemModel::directoryLoaded, this,
             [this](const QString& path) { rejudge(index(path), std::nullopt); });
 }
@@ -102,17 +108,14 @@ void TfileSystemModel::rejudge(const QModelIndex& parent, std::optional<bool> wh
         return;
     const QString path = filePath(parent);
     const std::optional<bool> known = m_childProbe->known(path);
-    if (!known) {
+    // Only a folder already judged is read again; the arrow moves only if the answer changes.
+    if (known && whenAnswer && *whenAnswer != *known)
+        return;
+    if (known)
+        m_childProbe->refresh(path);
+    else
         // A read under way may have missed the change; it reads again before answering.
         m_childProbe->forget(path);
-        return;
-    }
-    if (whenAnswer && *whenAnswer != *known)
-        return;
-    m_childProbe->forget(path);
-    // Only a folder a view has asked about is read again, and only when asked next.
-    const QModelIndex row = parent.siblingAtColumn(0);
-    Q_EMIT dataChanged(row, row, {});
 }
 
 void TfileSystemModel::onChildrenJudged(const QString& path, bool hasChildren)

@@ -42,8 +42,9 @@ public:
     // file only when the current directory holds a file of that name.
     // Never reads the disk and never starts the listing: a folder not yet judged answers true
     // at once and is read in the background, only as far as its first entry that counts;
-    // when it turns out to hold none, dataChanged for its row takes the arrow away. A folder
-    // judged once is judged again when its rows change or its listing completes.
+    // dataChanged for its row is emitted only when the answer turns out otherwise (no arrow
+    // after all, or an arrow again). A folder judged once is read again when its rows change
+    // or its listing completes, keeping its answer meanwhile.
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
 
     // Qt::TextAlignmentRole: 136 (vertically centred, justified) for the size column.

@@ -50,8 +50,14 @@ std::optional<bool> TfolderChildProbe::answer(const QString& path)
     const auto known = m_answers.constFind(path);
     if (known != m_answers.constEnd())
         return known.value();
+    startScan(path);
+    return std::nullopt;
+}
+
+void TfolderChildProbe::startScan(const QString& path)
+{
     if (path.isEmpty() || m_scanning.contains(path) || !QCoreApplication::instance())
-        return std::nullopt;
+        return;
 
     const quint64 generation = m_generation.value(path, 0);
     m_scanning.insert(path, generation);
@@ -81,7 +87,14 @@ std::optional<bool> TfolderChildProbe::answer(const QString& path)
                 Qt::QueuedConnection);
         },
         nextPriority());
-    return std::nullopt;
+}
+
+void TfolderChildProbe::refresh(const QString& path)
+{
+    if (m_scanning.contains(path))
+        m_generation.insert(path, m_nextGeneration++);
+    else
+        startScan(path);
 }
 
 void TfolderChildProbe::onScanned(const QString& path, quint64 generation, bool hasChildren)
@@ -93,13 +106,12 @@ void TfolderChildProbe::onScanned(const QString& path, quint64 generation, bool 
     m_scanning.erase(scanning);
     if (!current) {
         // The folder changed while it was read: read it again before answering.
-        answer(path);
+        startScan(path);
         return;
     }
-    const auto before = m_answers.constFind(path);
-    const bool changed = before == m_answers.constEnd() || before.value() != hasChildren;
+    const bool before = m_answers.value(path, true);
     m_answers.insert(path, hasChildren);
-    if (changed)
+    if (before != hasChildren)
         Q_EMIT answered(path, hasChildren);
 }
 

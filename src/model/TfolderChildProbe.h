@@ -41,15 +41,19 @@ public:
     std::optional<bool> known(const QString& path) const;
     // Replaces what is known about path, for example from a complete listing; emits nothing.
     void setAnswer(const QString& path, bool hasChildren);
+    // Reads the folder again, keeping the answer known until the new one comes.
+    void refresh(const QString& path);
     void forget(const QString& path);
     // New filters make every answer stale: all are forgotten.
     void setFilters(QDir::Filters filters);
 
 Q_SIGNALS:
-    // A scan finished. Emitted only when the answer is new or differs from the one given before.
+    // A scan finished with an answer that differs from the one given before (true while
+    // nothing was known, since callers show the arrow until told otherwise).
     void answered(const QString& path, bool hasChildren);
 
 private:
+    void startScan(const QString& path);
     void onScanned(const QString& path, quint64 generation, bool hasChildren);
 
     struct Shared

@@ -1,5 +1,6 @@
 #include "TOrganizerItemModel.h"
 #include "TOrganizerItemModelBuilder.h"
+#include "TfolderChildProbe.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,21 +13,16 @@
 
 namespace {
 
-// What hasChildren settles on once the folder has been read in the background: the first
-// answer is given before the disk is read.
-// 1 or 0, or -1 when no answer came.
-int settledHasChildren(QAbstractItemModel& model, const QModelIndex& index)
+// What hasChildren settles on once the folder has been read in the background (the first
+// answer is given before the disk is read): 1 or 0, or -1 when no answer came.
+int settledHasChildren(TOrganizerItemModel& model, const QModelIndex& index)
 {
-    QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+    const auto* probe = model.findChild<TfolderChildProbe*>();
+    const QString path = index.data(TOrganizerItemModel::FolderPathRole).toString();
     model.hasChildren(index);
-    const bool answered = QTest::qWaitFor([&] {
-        for (const QList<QVariant>& args : std::as_const(changed)) {
-            if (args.at(0).value<QModelIndex>() == index)
-                return true;
-        }
-        return false;
-    });
-    return answered ? int(model.hasChildren(index)) : -1;
+    if (!probe || !QTest::qWaitFor([&] { return probe->known(path).has_value(); }))
+        return -1;
+    return int(model.hasChildren(index));
 }
 
 // Makes entries under root: "a/b/" a folder, "a/f.txt" a file, "link@a/b" a symbolic link
