@@ -22,6 +22,8 @@ const Entry englishTexts[] = {
     {"kContentBrowserDirectoryNotFoundWarning", " does not exist."},
     {"kContentBrowserDirectoryNotGivenError", "The path you entered is a file. Showing the folder that contains it."},
     {"kContentBrowserEditRefused", "Cannot Rename"},
+    {"kContentBrowserPathTooLongError",
+     "^1s cannot be opened: the system allows at most ^2d bytes in a path and 255 in one name."},
     {"kContentBrowserEditRefusedMessageDuplicate", "An item with this name already exists. Choose a different name."},
     {"kContentBrowserEditRefusedMessageForbidden", "This name is reserved for the example content. Choose a different name."},
     {"kContentBrowserOpenFiles", "Open"},

@@ -7,6 +7,7 @@ const TstringId kContentBrowserConfirmDeleteIgnoreMsg("kContentBrowserConfirmDel
 const TstringId kContentBrowserConfirmDeleteInfo("kContentBrowserConfirmDeleteInfo");
 const TstringId kContentBrowserDirectoryNotFoundWarning("kContentBrowserDirectoryNotFoundWarning");
 const TstringId kContentBrowserDirectoryNotGivenError("kContentBrowserDirectoryNotGivenError");
+const TstringId kContentBrowserPathTooLongError("kContentBrowserPathTooLongError");
 const TstringId kContentBrowserEditRefused("kContentBrowserEditRefused");
 const TstringId kContentBrowserEditRefusedMessageDuplicate("kContentBrowserEditRefusedMessageDuplicate");
 const TstringId kContentBrowserEditRefusedMessageForbidden("kContentBrowserEditRefusedMessageForbidden");

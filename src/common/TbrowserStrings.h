@@ -12,6 +12,7 @@ extern const TstringId kContentBrowserConfirmDeleteIgnoreMsg;
 extern const TstringId kContentBrowserConfirmDeleteInfo;
 extern const TstringId kContentBrowserDirectoryNotFoundWarning;
 extern const TstringId kContentBrowserDirectoryNotGivenError;
+extern const TstringId kContentBrowserPathTooLongError;
 extern const TstringId kContentBrowserEditRefused;
 extern const TstringId kContentBrowserEditRefusedMessageDuplicate;
 extern const TstringId kContentBrowserEditRefusedMessageForbidden;

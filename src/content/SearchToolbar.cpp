@@ -17,6 +17,7 @@
 #include <QCompleter>
 #include <QCursor>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QFileSystemModel>
 #include <QFocusEvent>
@@ -26,6 +27,8 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
+
+#include <climits>
 
 namespace {
 
@@ -43,6 +46,20 @@ QString existingForm(const QString& path)
         return path;
     const QString single = singleSlashes(path);
     return QFileInfo::exists(single) ? single : QString();
+}
+
+// A path the system refuses by its length alone: every call on it fails with ENAMETOOLONG, so
+// it would look like a folder that does not exist, or like one that never finishes loading.
+bool exceedsSystemLimits(const QString& path)
+{
+    const QByteArray encoded = QFile::encodeName(QFileInfo(singleSlashes(path)).absoluteFilePath());
+    if (encoded.size() >= PATH_MAX)
+        return true;
+    for (const QByteArray& name : encoded.split('/')) {
+        if (name.size() > NAME_MAX)
+            return true;
+    }
+    return false;
 }
 
 // Completion needs names only. The default provider reads the first bytes of every file it
@@ -277,6 +294,12 @@ bool SearchToolbar::eventFilter(QObject* watched, QEvent* event)
 
 bool SearchToolbar::validate(const QString& path)
 {
+    if (exceedsSystemLimits(path)) {
+        // Shown in full it would fill the screen; the start and the end say which path it was.
+        const QString shown = path.size() > 120 ? path.left(60) + QChar(0x2026) + path.right(59) : path;
+        TcommandEngine::displayError(kContentBrowserPathTooLongError.format({QDir::toNativeSeparators(shown), PATH_MAX - 1}));
+        return false;
+    }
     if (!existingForm(path).isEmpty())
         return true;
     m_warningShowing = true;

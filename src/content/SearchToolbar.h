@@ -20,7 +20,9 @@ class TfileSystemModel;
 // breadcrumb.
 //
 // Typed paths are checked before anything moves: a path that does not exist gets a modal
-// warning (the path followed by the not-found text) and changes nothing; a file stands for
+// warning (the path followed by the not-found text) and changes nothing; a path longer than
+// the system allows (PATH_MAX bytes, or NAME_MAX in one name) goes to the host's error display
+// once and changes nothing either; a file stands for
 // its folder; runs of "/" and "\" become one "/". Enter in the field and a pick from its
 // drop-down list navigate (newPathSelected); the bar itself shows a folder only when told to
 // (onNewPathEntered, onNewPathSelected).

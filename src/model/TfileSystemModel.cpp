@@ -3,6 +3,7 @@
 #include "TfileKindIconProvider.h"
 
 #include "TbrowserStrings.h"
+#include "TfolderChildProbe.h"
 #include "TthumbnailService.h"
 #include "TuiScale.h"
 
@@ -31,6 +32,25 @@ TfileSystemModel::TfileSystemModel(const TassetBrowserOptions* options, QObject*
     // same row and identifier may name a different file.
     connect(this, &QFileSystemModel::rootPathChanged, this, &TfileSystemModel::clearOverride);
     setIconProvider(TfileKindIconProvider::fallback());
+
+    // The rule of hasChildren, applied off the GUI thread (the bare-name test reads the disk).
+    m_childProbe = new TfolderChildProbe(
+        filter(), [](const QString& name, bool) { return !isPrivateFolderName(name) && !QFileInfo(name).isFile(); },
+        this);
+    connect(m_childProbe, &TfolderChildProbe::answered, this, &TfileSystemModel::onChildrenJudged);
+    // A new entry can only give a folder its arrow, a removed one only take it away. Judged
+    // after the change has reached every proxy: a dataChanged in the middle of it would meet
+    // proxies that have not counted the new rows yet.
+    connect(this, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex& parent) {
+        const QPersistentModelIndex folder(parent);
+        QMetaObject::invokeMethod(this, [this, folder] { rejudge(folder, false); }, Qt::QueuedConnection);
+    });
+    connect(this, &QAbstractItemModel::rowsRemoved, this, [this](const QModelIndex& parent) {
+        const QPersistentModelIndex folder(parent);
+        QMetaObject::invokeMethod(this, [this, folder] { rejudge(folder, true); }, Qt::QueuedConnection);
+    });
+    connect(this, &QFileSystemModel::directoryLoaded, this,
+            [this](const QString& path) { rejudge(index(path), std::nullopt); });
 }
 
 TfileSystemModel::~TfileSystemModel()
@@ -74,19 +94,37 @@ bool TfileSystemModel::hasChildren(const QModelIndex& parent) const
 {
     if (!QFileSystemModel::hasChildren(parent))
         return false;
-    if (canFetchMore(parent))
-        const_cast<TfileSystemModel*>(this)->fetchMore(parent);
+    // Above every drive there is always "/".
+    if (!parent.isValid())
+        return true;
+    // The filter may have changed since the probe was made; answers for another filter are stale.
+    m_childProbe->setFilters(filter());
+    return m_childProbe->answer(filePath(parent)).value_or(true);
+}
 
-    const int rows = rowCount(parent);
-    for (int row = 0; row < rows; ++row) {
-        const QModelIndex child = index(row, 0, parent);
-        const QString name = child.model()->data(child, Qt::DisplayRole).toString();
-        // Deliberately the bare name, not the child's path: this is the long-standing answer
-        // the tree's arrows are built on.
-        if (!QFileInfo(name).isFile() && !isPrivateFolderName(name))
-            return true;
-    }
-    return false;
+void TfileSystemModel::rejudge(const QModelIndex& parent, std::optional<bool> whenAnswer)
+{
+    if (!parent.isValid())
+        return;
+    const QString path = filePath(parent);
+    const std::optional<bool> known = m_childProbe->known(path);
+    // Only a folder already judged is read again; the arrow moves only if the answer changes.
+    if (known && whenAnswer && *whenAnswer != *known)
+        return;
+    if (known)
+        m_childProbe->refresh(path);
+    else
+        // A read under way may have missed the change; it reads again before answering.
+        m_childProbe->forget(path);
+}
+
+void TfileSystemModel::onChildrenJudged(const QString& path, bool hasChildren)
+{
+    Q_UNUSED(hasChildren);
+    // Looks the path up among the nodes already made; never reads the disk.
+    const QModelIndex row = index(path);
+    if (row.isValid() && filePath(row) == path)
+        Q_EMIT dataChanged(row, row, {});
 }
 
 QString TfileSystemModel::kindName(const QString& fileName)

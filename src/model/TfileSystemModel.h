@@ -6,9 +6,12 @@
 #include <QSize>
 #include <QVariant>
 
+#include <optional>
+
 #include "TthumbnailService.h"
 
 class TassetBrowserOptions;
+class TfolderChildProbe;
 
 // The browser's model of the disk: QFileSystemModel with fixed alignments, a scaled header
 // height, one override slot for a temporary decoration, and an expansion test that ignores
@@ -33,11 +36,15 @@ public:
     explicit TfileSystemModel(const TassetBrowserOptions* options, QObject* parent = nullptr);
     ~TfileSystemModel() override;
 
-    // False for a folder whose only entries are ".velaSwatches" and "__pycache__" folders
-    // (any letter case). Starts listing a folder not yet fetched and answers false until
-    // its rows arrive. Each entry is judged by its bare name, resolved against the process's
-    // current directory, so an entry counts as a file only when the current directory
-    // holds a file of that name.
+    // False for a folder whose only entries (as the model's filter lists them) are
+    // ".velaSwatches" and "__pycache__" folders (any letter case). Each entry is judged by its
+    // bare name, resolved against the process's current directory, so an entry counts as a
+    // file only when the current directory holds a file of that name.
+    // Never reads the disk and never starts the listing: a folder not yet judged answers true
+    // at once and is read in the background, only as far as its first entry that counts;
+    // dataChanged for its row is emitted only when the answer turns out otherwise (no arrow
+    // after all, or an arrow again). A folder judged once is read again when its rows change
+    // or its listing completes, keeping its answer meanwhile.
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
 
     // Qt::TextAlignmentRole: 136 (vertically centred, justified) for the size column.
@@ -76,6 +83,9 @@ private Q_SLOTS:
 
 private:
     void onThumbnailReady(const TthumbnailKey& key);
+    void onChildrenJudged(const QString& path, bool hasChildren);
+    // Forgets the judgement of parent's folder when it is one of whenAnswer (both: any known one).
+    void rejudge(const QModelIndex& parent, std::optional<bool> whenAnswer);
 
     QPointer<TthumbnailService> m_thumbnails;
     quint64 m_thumbnailOwner = 0;
@@ -83,4 +93,5 @@ private:
     QModelIndex m_overrideIndex;
     QVariant m_overrideValue;
     QSize m_headerSize;
+    TfolderChildProbe* m_childProbe = nullptr;
 };

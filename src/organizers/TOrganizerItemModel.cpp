@@ -1,6 +1,7 @@
 #include "TOrganizerItemModel.h"
 
 #include "TOrganizerItemModelBuilder.h"
+#include "TfolderChildProbe.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -9,7 +10,10 @@
 
 TOrganizerItemModel::TOrganizerItemModel(QObject* parent)
     : QStandardItemModel(parent)
+    , m_childProbe(new TfolderChildProbe(QDir::AllDirs | QDir::NoDotAndDotDot,
+                                         [](const QString& name, bool) { return isVisibleFolderName(name); }, this))
 {
+    connect(m_childProbe, &TfolderChildProbe::answered, this, &TOrganizerItemModel::onChildrenJudged);
 }
 
 TOrganizerItemModel::~TOrganizerItemModel() = default;
@@ -67,17 +71,32 @@ bool TOrganizerItemModel::hasChildren(const QModelIndex& parent) const
     if (!item)
         return false;
     const QString path = item->data(FolderPathRole).toString();
-    if (path.isEmpty() || !QFileInfo(path).isDir())
+    if (path.isEmpty())
         return false;
-    // Stops at the first qualifying entry: drawing a collapsed tree must not list whole folders.
-    QDirIterator it(path, QDir::AllDirs | QDir::NoDotAndDotDot);
-    while (it.hasNext()) {
-        it.next();
-        const QString name = it.fileName();
-        if (!name.isEmpty() && isVisibleFolderName(name))
-            return true;
+    // Listed and found empty: nothing left to ask the disk.
+    if (item->data(FetchedRole).toBool())
+        return false;
+    return m_childProbe->answer(path).value_or(true);
+}
+
+void TOrganizerItemModel::onChildrenJudged(const QString& path, bool hasChildren)
+{
+    Q_UNUSED(hasChildren);
+    // Several items may show one folder (a library inside a project); the tree may have
+    // changed while the folder was read, so the items are found by their path.
+    QList<QStandardItem*> pending{invisibleRootItem()};
+    while (!pending.isEmpty()) {
+        QStandardItem* item = pending.takeLast();
+        for (int row = 0; row < item->rowCount(); ++row) {
+            QStandardItem* child = item->child(row);
+            if (!child)
+                continue;
+            if (child->rowCount() > 0)
+                pending.append(child);
+            else if (child->data(FolderPathRole).toString() == path)
+                Q_EMIT dataChanged(child->index(), child->index());
+        }
     }
-    return false;
 }
 
 bool TOrganizerItemModel::canFetchMore(const QModelIndex& parent) const
@@ -100,8 +119,14 @@ void TOrganizerItemModel::fetchMore(const QModelIndex& parent)
         return;
     const QString path = item->data(FolderPathRole).toString();
     const QDir folder(path);
-    if (path.isEmpty() || !folder.exists())
+    if (path.isEmpty() || !folder.exists()) {
+        // The arrow was shown for a folder that is gone: judge it again, so that it goes too.
+        if (!path.isEmpty() && m_childProbe->known(path)) {
+            m_childProbe->forget(path);
+            Q_EMIT dataChanged(parent, parent);
+        }
         return;
+    }
 
     const QFileInfoList entries = folder.entryInfoList(QDir::AllDirs | QDir::NoDotAndDotDot, QDir::NoSort);
     for (const QFileInfo& entry : entries) {

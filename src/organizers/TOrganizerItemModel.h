@@ -3,6 +3,7 @@
 #include <QStandardItemModel>
 
 class QStandardItem;
+class TfolderChildProbe;
 class TOrganizerItemModelBuilder;
 
 // A folder tree filled one level at a time, when a view first asks to expand a folder.
@@ -33,13 +34,15 @@ public:
     explicit TOrganizerItemModel(QObject* parent);
     ~TOrganizerItemModel() override;
 
-    // True when items are already there; otherwise true at the first visible subfolder on
-    // disk (the scan stops there), false for a folder that is gone or has none.
+    // True when items are already there, false for a folder listed with none. Otherwise
+    // decided in the background without waiting: true until the folder has been read (only as
+    // far as its first visible subfolder), then false for a folder that is gone or has none,
+    // announced by dataChanged for its item so that the view takes the arrow away.
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
     // Lists the folder of parent and asks the builder for one item per visible subfolder,
     // under its canonical path (a link is shown where it leads), in the order the file system
     // returns them; then marks parent fetched. A folder that no longer exists is left
-    // unfetched so that a later expansion tries again.
+    // unfetched so that a later expansion tries again, and is judged again by hasChildren.
     void fetchMore(const QModelIndex& parent) override;
     // False for the invisible root; otherwise true until FetchedRole says the folder was listed.
     bool canFetchMore(const QModelIndex& parent) const override;
@@ -57,4 +60,9 @@ public:
     QList<QStandardItem*> findItemsByText(const QString& text, Qt::CaseSensitivity cs = Qt::CaseSensitive) const;
 
     TOrganizerItemModelBuilder* builder() const;
+
+private:
+    void onChildrenJudged(const QString& path, bool hasChildren);
+
+    TfolderChildProbe* m_childProbe = nullptr;
 };

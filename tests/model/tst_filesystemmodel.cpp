@@ -1,4 +1,5 @@
 #include "TfileSystemModel.h"
+#include "TfolderChildProbe.h"
 #include "TstringTable.h"
 
 #include <QDir>
@@ -8,8 +9,46 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+
+#include <dirent.h>
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
 
 namespace {
+
+// Folders whose name holds this mark are counted when the GUI thread opens them.
+const char* const countedMark = "counted-folder";
+std::atomic_int guiThreadOpens{0};
+
+} // namespace
+
+// Seen by Qt in place of the C library's: counts the directory listings the GUI thread starts.
+extern "C" __attribute__((visibility("default"))) DIR* opendir(const char* path)
+{
+    static auto real = reinterpret_cast<DIR* (*)(const char*)>(dlsym(RTLD_NEXT, "opendir"));
+    if (std::strstr(path, countedMark) && QCoreApplication::instance()
+        && QThread::currentThread() == QCoreApplication::instance()->thread())
+        ++guiThreadOpens;
+    return real(path);
+}
+
+namespace {
+
+// What hasChildren settles on once the folder has been read in the background (the first
+// answer is given before the disk is read): 1 or 0, or -1 when no answer came.
+int settledHasChildren(TfileSystemModel& model, const QModelIndex& index)
+{
+    const auto* probe = model.findChild<TfolderChildProbe*>();
+    const QString path = model.filePath(index);
+    model.hasChildren(index);
+    if (!probe || !QTest::qWaitFor([&] { return probe->known(path).has_value(); }))
+        return -1;
+    return int(model.hasChildren(index));
+}
 
 // A name ending in '/' is a folder, any other a small file.
 bool makeEntries(const QString& dir, const QStringList& entries)
@@ -46,6 +85,8 @@ private Q_SLOTS:
     void nameEditStillRenamesOnDisk();
     void hasChildrenIgnoresPrivateFolders_data();
     void hasChildrenIgnoresPrivateFolders();
+    void hasChildrenNeverListsOnTheGuiThread();
+    void arrowFollowsTheListing();
     void typeColumnNamesFormats_data();
     void typeColumnNamesFormats();
 };
@@ -139,10 +180,56 @@ void TestFileSystemModel::hasChildrenIgnoresPrivateFolders()
     model.setFilter(model.filter() | QDir::Hidden);
     QVERIFY(listFolder(model, dir.path(), 1));
     const QModelIndex index = model.index(folder);
-    model.hasChildren(index); // starts the listing of the folder
-    QTRY_COMPARE(model.rowCount(index), int(entries.size()));
-    const bool answer = model.hasChildren(index);
-    QVERIFY2(answer == expected, qPrintable(QStringLiteral("%1 answered %2").arg(entries.join(u' ')).arg(answer)));
+    const int answer = settledHasChildren(model, index);
+    QVERIFY2(answer == int(expected), qPrintable(QStringLiteral("%1 answered %2").arg(entries.join(u' ')).arg(answer)));
+    // Decided without listing the folder in the model.
+    QVERIFY2(model.canFetchMore(index), QTest::currentDataTag());
+}
+
+void TestFileSystemModel::hasChildrenNeverListsOnTheGuiThread()
+{
+    // A folder of many files beside the one shown, as the System tree has it.
+    QTemporaryDir dir;
+    const QString big = dir.filePath(QLatin1String(countedMark));
+    QVERIFY(QDir().mkpath(big));
+    QStringList files;
+    for (int i = 0; i < 3000; ++i)
+        files << QStringLiteral("entry_%1.txt").arg(i);
+    QVERIFY(makeEntries(big, files));
+
+    TfileSystemModel model(nullptr);
+    model.setFilter(QDir::AllDirs | QDir::NoDotAndDotDot);
+    QVERIFY(listFolder(model, dir.path(), 1));
+    const QModelIndex index = model.index(big);
+    guiThreadOpens = 0;
+    QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+    QVERIFY2(model.hasChildren(index), "a folder not yet read shows its arrow");
+    QVERIFY2(settledHasChildren(model, index) == 0, "files only: no arrow in a tree of folders");
+    // The views learn of it: the row is announced changed.
+    QVERIFY(std::any_of(changed.cbegin(), changed.cend(),
+                        [&](const QList<QVariant>& args) { return args.at(0).value<QModelIndex>() == index; }));
+    QCOMPARE(guiThreadOpens.load(), 0);
+    QVERIFY(model.canFetchMore(index));
+    QCOMPARE(model.rowCount(index), 0);
+}
+
+void TestFileSystemModel::arrowFollowsTheListing()
+{
+    QTemporaryDir dir;
+    const QString folder = dir.filePath(QStringLiteral("folder"));
+    QVERIFY(makeEntries(dir.path(), {QStringLiteral("folder/only/")}));
+    TfileSystemModel model(nullptr);
+    model.setFilter(QDir::AllDirs | QDir::NoDotAndDotDot);
+    QVERIFY(listFolder(model, dir.path(), 1));
+    const QModelIndex index = model.index(folder);
+    QVERIFY(settledHasChildren(model, index) == 1);
+
+    // Expanded and watched, the folder loses its last subfolder: the arrow goes with the row.
+    model.fetchMore(index);
+    QTRY_COMPARE(model.rowCount(index), 1);
+    QVERIFY(QDir(folder + QStringLiteral("/only")).removeRecursively());
+    QTRY_COMPARE(model.rowCount(index), 0);
+    QTRY_VERIFY(!model.hasChildren(index));
 }
 
 void TestFileSystemModel::typeColumnNamesFormats_data()

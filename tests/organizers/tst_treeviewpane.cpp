@@ -284,6 +284,9 @@ void TstTreeViewPane::clickingAnotherFolderClosesTheLastOne()
     // Earlier panes may still be listing their folders; the first listing can take a while.
     QTRY_COMPARE_WITH_TIMEOUT(model->rowCount(model->index(m_dir->path())), 3, 30000);
     QTRY_COMPARE(proxy->rowCount(proxy->mapFromSource(model->index(m_dir->path()))), 3);
+    // Whether a folder holds folders is learnt in the background.
+    QTRY_VERIFY(!model->hasChildren(model->index(leafA)));
+    QTRY_VERIFY(!model->hasChildren(model->index(leafB)));
 
     pane.treeViewClicked(proxy->mapFromSource(model->index(leafA)));
     pane.onTreeViewExpand(proxy->mapFromSource(model->index(leafA)));

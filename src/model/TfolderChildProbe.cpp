@@ -1,0 +1,144 @@
+#include "TfolderChildProbe.h"
+
+#include <QCoreApplication>
+#include <QDirIterator>
+#include <QPointer>
+#include <QThreadPool>
+
+#include <climits>
+
+namespace {
+
+// Few threads: a slow share answers no faster for being asked many times at once, and the
+// thumbnails and the listing need the disk too.
+QThreadPool* scanPool()
+{
+    static QPointer<QThreadPool> pool;
+    if (!pool) {
+        pool = new QThreadPool(QCoreApplication::instance());
+        pool->setMaxThreadCount(2);
+        pool->setObjectName(QStringLiteral("folderChildProbe"));
+    }
+    return pool;
+}
+
+// The folders a view asks about last are the ones on screen now.
+int nextPriority()
+{
+    static int priority = 0;
+    priority = priority == INT_MAX ? 0 : priority + 1;
+    return priority;
+}
+
+} // namespace
+
+TfolderChildProbe::TfolderChildProbe(QDir::Filters filters, Rule rule, QObject* parent)
+    : QObject(parent)
+    , m_shared(std::make_shared<Shared>())
+    , m_filters(filters)
+    , m_rule(std::move(rule))
+{
+}
+
+TfolderChildProbe::~TfolderChildProbe()
+{
+    m_shared->cancelled = true;
+}
+
+std::optional<bool> TfolderChildProbe::answer(const QString& path)
+{
+    const auto known = m_answers.constFind(path);
+    if (known != m_answers.constEnd())
+        return known.value();
+    startScan(path);
+    return std::nullopt;
+}
+
+void TfolderChildProbe::startScan(const QString& path)
+{
+    if (path.isEmpty() || m_scanning.contains(path) || !QCoreApplication::instance())
+        return;
+
+    const quint64 generation = m_generation.value(path, 0);
+    m_scanning.insert(path, generation);
+    const std::shared_ptr<Shared> shared = m_shared;
+    const QDir::Filters filters = m_filters;
+    const Rule rule = m_rule;
+    const QPointer<TfolderChildProbe> self(this);
+    scanPool()->start(
+        [shared, filters, rule, self, path, generation] {
+            if (shared->cancelled)
+                return;
+            bool found = false;
+            QDirIterator it(path, filters);
+            while (!found && !shared->cancelled && it.hasNext()) {
+                const QFileInfo entry = it.nextFileInfo();
+                const QString name = entry.fileName();
+                found = !name.isEmpty() && rule(name, entry.isDir());
+            }
+            if (shared->cancelled)
+                return;
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [self, path, generation, found] {
+                    if (self)
+                        self->onScanned(path, generation, found);
+                },
+                Qt::QueuedConnection);
+        },
+        nextPriority());
+}
+
+void TfolderChildProbe::refresh(const QString& path)
+{
+    if (m_scanning.contains(path))
+        m_generation.insert(path, m_nextGeneration++);
+    else
+        startScan(path);
+}
+
+void TfolderChildProbe::onScanned(const QString& path, quint64 generation, bool hasChildren)
+{
+    const auto scanning = m_scanning.constFind(path);
+    if (scanning == m_scanning.constEnd())
+        return;
+    const bool current = generation == m_generation.value(path, 0);
+    m_scanning.erase(scanning);
+    if (!current) {
+        // The folder changed while it was read: read it again before answering.
+        startScan(path);
+        return;
+    }
+    const bool before = m_answers.value(path, true);
+    m_answers.insert(path, hasChildren);
+    if (before != hasChildren)
+        Q_EMIT answered(path, hasChildren);
+}
+
+std::optional<bool> TfolderChildProbe::known(const QString& path) const
+{
+    const auto it = m_answers.constFind(path);
+    return it == m_answers.constEnd() ? std::nullopt : std::optional<bool>(it.value());
+}
+
+void TfolderChildProbe::setAnswer(const QString& path, bool hasChildren)
+{
+    m_answers.insert(path, hasChildren);
+}
+
+void TfolderChildProbe::forget(const QString& path)
+{
+    m_answers.remove(path);
+    if (m_scanning.contains(path))
+        m_generation.insert(path, m_nextGeneration++);
+}
+
+void TfolderChildProbe::setFilters(QDir::Filters filters)
+{
+    if (filters == m_filters)
+        return;
+    m_filters = filters;
+    m_answers.clear();
+    for (auto it = m_scanning.constBegin(); it != m_scanning.constEnd(); ++it)
+        m_generation.insert(it.key(), m_nextGeneration++);
+}
