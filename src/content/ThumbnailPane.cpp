@@ -1,5 +1,7 @@
 #include "ThumbnailPane.h"
 
+#include "TfolderWatch.h"
+
 #include "BrowserListView.h"
 #include "BrowserTreeView.h"
 #include "QvelaMenuItem.h"
@@ -27,7 +29,6 @@
 #include <QDir>
 #include <QEvent>
 #include <QFileInfo>
-#include <QFileSystemWatcher>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -166,10 +167,14 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     layout->setSpacing(TuiScale::length(options, 5));
     layout->addWidget(frame);
 
-    m_rootWatcher = new QFileSystemWatcher(this);
+    m_rootWatch = new TfolderWatch(this);
     // Queued: a removal reports the folder and its parent at once, and is looked at once.
-    connect(m_rootWatcher, &QFileSystemWatcher::directoryChanged, this, &ThumbnailPane::rootFolderChanged,
-            Qt::QueuedConnection);
+    connect(m_rootWatch, &TfolderWatch::changed, this, &ThumbnailPane::rootFolderChanged, Qt::QueuedConnection);
+    connect(m_rootWatch, &TfolderWatch::followed, this, [this](const QString& folder, bool readable) {
+        // An answer for a folder already left is stale.
+        if (folder == m_currentRootPath)
+            showFolderNotice(readable ? QString() : kFolderUnreadable.asQString());
+    });
     connect(m_proxy, &TdirectoryFilterProxy::rootPathChanged, this, &ThumbnailPane::followRootFolder);
     for (QAbstractItemView* view : {static_cast<QAbstractItemView*>(m_listView->listView()),
                                     static_cast<QAbstractItemView*>(m_treeView->treeView())}) {
@@ -216,18 +221,8 @@ bool ThumbnailPane::eventFilter(QObject* watched, QEvent* event)
 
 void ThumbnailPane::followRootFolder(const QString& folder)
 {
-    if (!m_rootWatcher->directories().isEmpty())
-        m_rootWatcher->removePaths(m_rootWatcher->directories());
-    const QFileInfo info(folder);
-    const bool readable = info.isReadable() && info.isExecutable();
-    // A folder that cannot be read cannot be watched either; its parent still tells of its removal.
-    if (readable)
-        m_rootWatcher->addPath(folder);
-    const QString parent = info.absolutePath();
-    if (parent != folder && QFileInfo(parent).isReadable())
-        m_rootWatcher->addPath(parent);
-    // The listing of a folder that cannot be read is simply empty; say why.
-    showFolderNotice(readable ? QString() : kFolderUnreadable.asQString());
+    // The listing of a folder that cannot be read is simply empty; the watch says why, later.
+    m_rootWatch->follow(folder);
 }
 
 void ThumbnailPane::showFolderNotice(const QString& text)
@@ -265,6 +260,8 @@ void ThumbnailPane::rootFolderChanged()
 
 ThumbnailPane::~ThumbnailPane()
 {
+    // Its thread may be reporting to this pane: stopped while the pane is still whole.
+    delete m_rootWatch;
     // The views and the model hold raw pointers to the icon providers, which are members:
     // they go first, while the providers still exist.
     delete m_listView;

@@ -21,7 +21,7 @@ class QActionGroup;
 class QCheckBox;
 class QMenu;
 class QAbstractItemView;
-class QFileSystemWatcher;
+class TfolderWatch;
 class QLabel;
 class TassetBrowserOptions;
 class TcontentListView;
@@ -238,7 +238,7 @@ private:
     QString m_currentRootPath;
     // Watches the folder shown and its parent: a folder removed or moved away while shown
     // takes the view to its nearest existing parent.
-    QFileSystemWatcher* m_rootWatcher = nullptr;
+    TfolderWatch* m_rootWatch = nullptr;
     // Said over each view when the folder shown cannot be listed.
     QList<QLabel*> m_folderNotices;
     // The entry selectEntry chose, scrolled to again once the folder's listing is complete.
