@@ -699,11 +699,13 @@ void TestThumbnailPane::unreadableFolderSaysSo()
     makePane();
     m_pane->setListViewRootIndex(locked);
     QLabel* notice = view()->viewport()->findChild<QLabel*>(QStringLiteral("folderNotice"));
-    QVERIFY(notice && notice->isVisible());
+    QVERIFY(notice);
+    // The permission check answers from the watch thread.
+    QTRY_VERIFY(notice->isVisible());
     QCOMPARE(notice->text(), TstringId("kContentBrowserFolderUnreadable").asQString());
 
     m_pane->setListViewRootIndex(m_dir->path());
-    QVERIFY(!notice->isVisible());
+    QTRY_VERIFY(!notice->isVisible());
     QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
 }
 
