@@ -3,8 +3,8 @@ set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD_DIR="${ORLO_BUILD_DIR:-$ROOT/build}"
-# xvfb and xdotool drive the reference host on a virtual display, to see and reproduce
-# what a user does with real key and mouse events.
+# What the build and the suite need; OpenImageIO reads the artists' picture formats (the
+# browser still builds without it, without those formats).
 PACKAGES=(cmake ninja-build g++ qt6-base-dev qt6-svg-dev qt6-image-formats-plugins libboost-dev libgl-dev binutils libopenimageio-dev)
 
 ensure_packages() {
