@@ -394,6 +394,16 @@ void BrowserListView::startDrag(Qt::DropActions supportedActions)
 
 void BrowserListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QList<int>& roles)
 {
+    // An item's rectangle follows its picture (a wide picture is shorter than the square
+    // placeholder before it): the whole cell is repainted, or the old name stays below the new.
+    if (usesCells() && topLeft.isValid() && bottomRight.isValid()) {
+        if (bottomRight.row() - topLeft.row() > 256) {
+            viewport()->update();
+        } else {
+            for (int row = topLeft.row(); row <= bottomRight.row(); ++row)
+                viewport()->update(QListView::visualRect(topLeft.sibling(row, topLeft.column())));
+        }
+    }
     const bool pictureOnly = roles.size() == 1 && roles.constFirst() == Qt::DecorationRole;
     if (pictureOnly && state() == QAbstractItemView::EditingState) {
         for (int row = topLeft.row(); row <= bottomRight.row(); ++row)

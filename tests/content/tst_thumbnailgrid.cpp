@@ -76,6 +76,22 @@ private:
     std::function<void()> m_onPaint;
 };
 
+// Collects what the watched widget repaints.
+class TpaintedRegion : public QObject
+{
+public:
+    explicit TpaintedRegion(QWidget* widget) { widget->installEventFilter(this); }
+    QRegion region;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent*>(event)->region();
+        return QObject::eventFilter(watched, event);
+    }
+};
+
 QImage solid(const QSize& size, const QColor& colour)
 {
     QImage image(size, QImage::Format_RGB32);
@@ -94,6 +110,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void placeholderFirstThenThePictureOfThatRowOnly();
+    void aWidePictureRepaintsWhatItsPlaceholderCovered();
     void rowsNeverPaintedAreNeverDecoded();
     void leavingAFolderCancelsItsPendingWork();
     void detailListShowsKindIconsOnly();
@@ -199,6 +216,29 @@ void TestThumbnailGrid::placeholderFirstThenThePictureOfThatRowOnly()
     const QRect firstPicture = grid()->visualRect(item(paths.first()));
     QCOMPARE(screen.pixelColor(firstPicture.center().x(), firstPicture.top() + firstPicture.height() / 3).rgb(),
              QColor(Qt::red).rgb());
+}
+
+// A wide picture is shorter than the square placeholder it replaces, and its name moves up:
+// the whole of what the placeholder covered is repainted, or the old name stays on screen.
+void TestThumbnailGrid::aWidePictureRepaintsWhatItsPlaceholderCovered()
+{
+    const QString path = m_dir->filePath(QStringLiteral("wide.png"));
+    QVERIFY(solid(QSize(300, 100), Qt::red).save(path, "PNG"));
+    TthumbnailService* service = TthumbnailService::instance();
+    openPane(700, 500);
+    QRect before;
+    std::unique_ptr<TpaintedRegion> painted;
+    {
+        TpoolBlocker blocker(*service);
+        QVERIFY(show(m_dir->path(), 1));
+        QTRY_COMPARE(service->pendingCount(), 1);
+        before = grid()->visualRect(item(path));
+        painted = std::make_unique<TpaintedRegion>(grid()->viewport());
+        blocker.release();
+        QTRY_VERIFY(decorationKey(path) != placeholderKey(path));
+    }
+    QVERIFY(grid()->visualRect(item(path)).height() < before.height());
+    QTRY_VERIFY((QRegion(before) - painted->region).isEmpty());
 }
 
 void TestThumbnailGrid::rowsNeverPaintedAreNeverDecoded()
