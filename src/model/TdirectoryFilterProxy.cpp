@@ -2,6 +2,7 @@
 
 #include "ORLOAssetBrowser.h"
 #include "TdragSupport.h"
+#include "TfileSystemModel.h"
 
 #include "Tmessage.h"
 #include "TprefOptionVar.h"
@@ -102,7 +103,7 @@ QRegularExpression searchExpression(const QString& pattern)
 // A drive or "/" sorts by its full path; every other entry by the name the view shows, in
 // whichever column it is asked for. Only a root's shown name can hold a separator or a drive
 // colon, so other names skip the path.
-QString sortName(const QFileSystemModel& model, const QModelIndex& index)
+QString readSortName(const QFileSystemModel& model, const QModelIndex& index)
 {
     const QString name = model.data(index.siblingAtColumn(0), Qt::DisplayRole).toString();
     if (name.contains(QLatin1Char('/')) || name.contains(QLatin1Char(':')) || name.contains(QLatin1Char('\\'))) {
@@ -149,7 +150,85 @@ QVariant TdirectoryFilterProxy::data(const QModelIndex& index, int role) const
 
 void TdirectoryFilterProxy::setSourceModel(QAbstractItemModel* sourceModel)
 {
+    for (const QMetaObject::Connection& connection : std::as_const(m_sourceConnections))
+        disconnect(connection);
+    m_sourceConnections.clear();
+    m_sortNames.clear();
+    // Connected before the base class connects its own handlers, so that the names are
+    // forgotten before the base sorts the changed rows again.
+    if (sourceModel) {
+        const auto forgetAll = [this] {
+            m_sortNames.clear();
+            m_collatorChecked = false;
+        };
+        m_sourceConnections
+            << connect(sourceModel, &QAbstractItemModel::rowsAboutToBeInserted, this, forgetAll)
+            << connect(sourceModel, &QAbstractItemModel::rowsAboutToBeRemoved, this, forgetAll)
+            << connect(sourceModel, &QAbstractItemModel::rowsAboutToBeMoved, this, forgetAll)
+            << connect(sourceModel, &QAbstractItemModel::layoutAboutToBeChanged, this, forgetAll)
+            << connect(sourceModel, &QAbstractItemModel::modelAboutToBeReset, this, forgetAll)
+            << connect(sourceModel, &QAbstractItemModel::dataChanged, this,
+                       [this](const QModelIndex& topLeft, const QModelIndex& bottomRight) {
+                           forgetSortNames(topLeft.row(), bottomRight.row());
+                       });
+    }
     QSortFilterProxyModel::setSourceModel(sourceModel);
+}
+
+void TdirectoryFilterProxy::sort(int column, Qt::SortOrder order)
+{
+    if (auto* files = qobject_cast<TfileSystemModel*>(sourceModel()))
+        files->setOrderShown(column == sizeColumn || column == dateModifiedColumn || column < 0);
+    m_collatorChecked = false;
+    QSortFilterProxyModel::sort(column, order);
+}
+
+const QString& TdirectoryFilterProxy::sortName(const QModelIndex& sourceIndex) const
+{
+    const int row = sourceIndex.row();
+    if (m_sortNames.size() <= row)
+        m_sortNames.resize(qMax(row + 1, sourceModel()->rowCount(sourceIndex.parent())));
+    SortName& slot = m_sortNames[row];
+    if (!slot.entry || slot.entry != sourceIndex.internalPointer()) {
+        const auto* model = qobject_cast<const QFileSystemModel*>(sourceModel());
+        slot.name = model ? readSortName(*model, sourceIndex) : QString();
+        slot.entry = sourceIndex.internalPointer();
+    }
+    return slot.name;
+}
+
+const QCollator& TdirectoryFilterProxy::collator() const
+{
+    if (!m_collatorChecked) {
+        if (m_collator.locale() != QLocale())
+            m_collator = QCollator();
+        m_collatorChecked = true;
+    }
+    return m_collator;
+}
+
+bool TdirectoryFilterProxy::extensionHides(const QString& name) const
+{
+    if (!m_extensionExpression || !m_extensionValid)
+        return false;
+    const qsizetype dot = name.indexOf(QLatin1Char('.'));
+    if (dot < 0)
+        return false;
+    const QString tail = name.mid(dot);
+    auto found = m_extensionVerdicts.constFind(tail);
+    if (found == m_extensionVerdicts.constEnd()) {
+        // Bounded: a folder of unique multi-dot names must not grow it without end.
+        if (m_extensionVerdicts.size() >= 4096)
+            m_extensionVerdicts.clear();
+        found = m_extensionVerdicts.insert(tail, m_extensionExpression->match(tail).hasMatch());
+    }
+    return found.value();
+}
+
+void TdirectoryFilterProxy::forgetSortNames(int first, int last)
+{
+    for (int row = qMax(0, first); row <= last && row < m_sortNames.size(); ++row)
+        m_sortNames[row] = SortName();
 }
 
 void TdirectoryFilterProxy::filterFiles(const QModelIndex& baseFolder, const QString& text)
@@ -178,7 +257,7 @@ bool TdirectoryFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex& s
     // decides most names without running the expression.
     if (name.startsWith(QLatin1Char('.')) && fixed.hiddenDot.match(name).hasMatch())
         return false;
-    if (m_extensionExpression && m_extensionValid && m_extensionExpression->match(name).hasMatch())
+    if (extensionHides(name))
         return false;
     if (name.startsWith(QLatin1String("__")) && fixed.doubleUnderscore.match(name).hasMatch())
         return false;
@@ -204,9 +283,9 @@ bool TdirectoryFilterProxy::lessThan(const QModelIndex& left, const QModelIndex&
         return leftTime < rightTime;
     }
     default: {
-        const QString leftName = model ? sortName(*model, left) : QString();
-        const QString rightName = model ? sortName(*model, right) : QString();
-        return QString::localeAwareCompare(leftName, rightName) < 0;
+        if (!model)
+            return false;
+        return collator().compare(sortName(left), sortName(right)) < 0;
     }
     }
 }
@@ -223,6 +302,7 @@ void TdirectoryFilterProxy::setExtensions(const Tstring& extensions, bool filter
     // The value is an alternation of extensions and is used unescaped.
     m_extensionExpression->setPattern(QStringLiteral(".*\\.(") + Tstring_toQString(extensions) + QLatin1Char(')'));
     m_extensionExpression->setPatternOptions(QRegularExpression::CaseInsensitiveOption);
+    m_extensionVerdicts.clear();
     // An invalid expression matches nothing; matching it anyway would only raise a warning
     // for every row.
     m_extensionValid = m_extensionExpression->isValid();

@@ -31,6 +31,23 @@ TfileSystemModel::TfileSystemModel(const TassetBrowserOptions* options, QObject*
     // The override index is stored by value: once the listing shows another folder the
     // same row and identifier may name a different file.
     connect(this, &QFileSystemModel::rootPathChanged, this, &TfileSystemModel::clearOverride);
+    // Connected before any view or proxy can connect, so that the remembered indexes are
+    // forgotten before anyone asks for the changed rows. Forgotten at the start of a change
+    // and again at its end, as the base changes its rows in between.
+    const auto forgetRows = [this] {
+        m_rowNodes.clear();
+        m_lastParent = nullptr;
+        m_lastRows = nullptr;
+    };
+    for (const auto signal : {&QAbstractItemModel::rowsAboutToBeInserted, &QAbstractItemModel::rowsInserted,
+                              &QAbstractItemModel::rowsAboutToBeRemoved, &QAbstractItemModel::rowsRemoved})
+        connect(this, signal, this, forgetRows);
+    for (const auto signal : {&QAbstractItemModel::rowsAboutToBeMoved, &QAbstractItemModel::rowsMoved})
+        connect(this, signal, this, forgetRows);
+    for (const auto signal : {&QAbstractItemModel::layoutAboutToBeChanged, &QAbstractItemModel::layoutChanged})
+        connect(this, signal, this, forgetRows);
+    for (const auto signal : {&QAbstractItemModel::modelAboutToBeReset, &QAbstractItemModel::modelReset})
+        connect(this, signal, this, forgetRows);
     setIconProvider(TfileKindIconProvider::fallback());
 
     // The rule of hasChildren, applied off the GUI thread (the bare-name test reads the disk).
@@ -51,6 +68,55 @@ TfileSystemModel::TfileSystemModel(const TassetBrowserOptions* options, QObject*
     });
     connect(this, &QFileSystemModel::directoryLoaded, this,
             [this](const QString& path) { rejudge(index(path), std::nullopt); });
+}
+
+QModelIndex TfileSystemModel::index(int row, int column, const QModelIndex& parent) const
+{
+    if (row < 0 || column < 0 || column >= QFileSystemModel::columnCount(parent))
+        return QModelIndex();
+    const void* parentKey = parent.isValid() ? parent.internalPointer() : nullptr;
+    if (parentKey != m_lastParent || !m_lastRows) {
+        m_lastRows = &m_rowNodes[parentKey];
+        m_lastParent = parentKey;
+    }
+    QVector<void*>& rows = *m_lastRows;
+    if (row < rows.size() && rows.at(row))
+        return createIndex(row, column, rows.at(row));
+    const QModelIndex found = QFileSystemModel::index(row, column, parent);
+    if (found.isValid()) {
+        if (rows.size() <= row)
+            rows.resize(qMax(row + 1, QFileSystemModel::rowCount(parent)));
+        rows[row] = found.internalPointer();
+    }
+    return found;
+}
+
+TfileSystemModel::AppliedSort TfileSystemModel::currentSort(int column, Qt::SortOrder order) const
+{
+    return AppliedSort{column, order, filter(), nameFilters(), nameFilterDisables()};
+}
+
+void TfileSystemModel::sort(int column, Qt::SortOrder order)
+{
+    const AppliedSort wanted = currentSort(column, order);
+    // The base sorts again after each batch of new entries with the key it already has; it
+    // also applies changed filters only when it sorts, so those are never skipped.
+    if (!m_orderShown && m_appliedSort.column >= 0 && wanted == m_appliedSort) {
+        m_sortSkipped = true;
+        return;
+    }
+    m_sortSkipped = false;
+    m_appliedSort = wanted;
+    QFileSystemModel::sort(column, order);
+}
+
+void TfileSystemModel::setOrderShown(bool shown)
+{
+    if (m_orderShown == shown)
+        return;
+    m_orderShown = shown;
+    if (shown && m_sortSkipped)
+        sort(m_appliedSort.column, m_appliedSort.order);
 }
 
 TfileSystemModel::~TfileSystemModel()

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QFileSystemModel>
+#include <QHash>
 #include <QModelIndex>
 #include <QPointer>
 #include <QSize>
 #include <QVariant>
+#include <QVector>
 
 #include <optional>
 
@@ -46,6 +48,22 @@ public:
     // after all, or an arrow again). A folder judged once is read again when its rows change
     // or its listing completes, keeping its answer meanwhile.
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
+
+    // The base's index, remembered per folder until the model's rows next change. A sort of
+    // a 10,000-entry folder asks for about 280,000 indexes, and the base finds each one by
+    // hashing the entry's name.
+    QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;
+    using QFileSystemModel::index;
+
+    // Whether anyone shows this model's own row order. A proxy that sorts by a key on which
+    // no two entries tie sets it false: the base then skips the re-sort it makes after every
+    // batch of new entries (for 10,000 entries a GUI stall of about 10 ms, and the proxy
+    // above sorting everything again), as long as that re-sort could only change the order:
+    // a change of sort key or of filters is still applied at once. Set back to true, the
+    // order is brought up to date at once. True by default.
+    void setOrderShown(bool shown);
+    bool orderShown() const { return m_orderShown; }
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
     // Qt::TextAlignmentRole: 136 (vertically centred, justified) for the size column.
     // Qt::UserRole: the override value for the override index, null for any other index.
@@ -94,4 +112,27 @@ private:
     QVariant m_overrideValue;
     QSize m_headerSize;
     TfolderChildProbe* m_childProbe = nullptr;
+    // Row -> internal pointer, per parent's internal pointer (null for the top level). The
+    // folder asked last is kept at hand: a sort asks for one folder's rows over and over.
+    mutable QHash<const void*, QVector<void*>> m_rowNodes;
+    // What the last sort that was carried out applied.
+    struct AppliedSort
+    {
+        int column = -1;
+        Qt::SortOrder order = Qt::AscendingOrder;
+        QDir::Filters filter;
+        QStringList nameFilters;
+        bool nameFilterDisables = true;
+        bool operator==(const AppliedSort& other) const
+        {
+            return column == other.column && order == other.order && filter == other.filter
+                && nameFilters == other.nameFilters && nameFilterDisables == other.nameFilterDisables;
+        }
+    };
+    AppliedSort currentSort(int column, Qt::SortOrder order) const;
+    bool m_orderShown = true;
+    bool m_sortSkipped = false;
+    AppliedSort m_appliedSort;
+    mutable const void* m_lastParent = nullptr;
+    mutable QVector<void*>* m_lastRows = nullptr;
 };

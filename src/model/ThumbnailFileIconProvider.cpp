@@ -35,7 +35,10 @@ ThumbnailFileIconProvider::~ThumbnailFileIconProvider() = default;
 
 QIcon ThumbnailFileIconProvider::icon(const QFileInfo& info) const
 {
-    if (info.baseName().isEmpty())
+    // A name with nothing before its first dot (the same test as an empty baseName(), without
+    // building it: this runs for every listed entry).
+    const QString name = info.fileName();
+    if (name.isEmpty() || name.startsWith(QLatin1Char('.')))
         return QIcon();
     // The listing's file information is already filled in: isDir() reads no disk here.
     if (info.isDir())
@@ -45,7 +48,7 @@ QIcon ThumbnailFileIconProvider::icon(const QFileInfo& info) const
     // Keyed by suffix: the kind follows from it, and a hash look-up is far cheaper than the
     // mime database's glob matching for every listed file.
     const QString suffix = info.suffix();
-    const QString kind = suffix.isEmpty() ? QLatin1Char('/') + info.fileName() : suffix.toLower();
+    const QString kind = suffix.isEmpty() ? QLatin1Char('/') + name : suffix.toLower();
     QMutexLocker lock(&m_kindMutex);
     auto it = m_kindIcons.find(kind);
     if (it == m_kindIcons.end())
