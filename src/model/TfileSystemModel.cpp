@@ -48,6 +48,14 @@ TfileSystemModel::TfileSystemModel(const TassetBrowserOptions* options, QObject*
         connect(this, signal, this, forgetRows);
     for (const auto signal : {&QAbstractItemModel::modelAboutToBeReset, &QAbstractItemModel::modelReset})
         connect(this, signal, this, forgetRows);
+    // The base renames an entry in place and leaves the rest to its next re-sort, which is
+    // skipped while its order is not shown: a proxy above must hear of the new name itself.
+    connect(this, &QFileSystemModel::fileRenamed, this,
+            [this](const QString& folder, const QString&, const QString& newName) {
+                const QModelIndex renamed = index(QDir(folder).filePath(newName));
+                if (renamed.isValid())
+                    Q_EMIT dataChanged(renamed, renamed.siblingAtColumn(columnCount(renamed.parent()) - 1));
+            });
     setIconProvider(TfileKindIconProvider::fallback());
 
     // The rule of hasChildren, applied off the GUI thread (the bare-name test reads the disk).

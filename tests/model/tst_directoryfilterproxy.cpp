@@ -106,6 +106,10 @@ private Q_SLOTS:
     void sortColumns_data();
     void sortColumns();
     void equalItemsAreNotLess();
+    void orderFollowsChanges_data();
+    void orderFollowsChanges();
+    void tiesTakeTheModelsOrderAgain();
+    void filtersApplyWhileOrderIsNotShown();
     void decorationOverride();
 
 private:
@@ -373,6 +377,121 @@ void TestDirectoryFilterProxy::equalItemsAreNotLess()
     for (int column = 0; column < 4; ++column)
         QVERIFY2(!probe.lessThan(a.siblingAtColumn(column), a.siblingAtColumn(column)),
                  qPrintable(QStringLiteral("column %1: an item is less than itself").arg(column)));
+}
+
+// The proxy and the file model remember indexes and sort names between changes; after each
+// kind of change the order shown must be the one a proxy made afresh computes, and the model's
+// remembered indexes the ones the base finds.
+void TestDirectoryFilterProxy::orderFollowsChanges_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("change");
+    for (const int column : {0, 1, 3}) {
+        for (const char* change : {"add", "remove", "rename", "rename in place"})
+            QTest::addRow("column %d, %s", column, change) << column << QString::fromLatin1(change);
+    }
+}
+
+void TestDirectoryFilterProxy::orderFollowsChanges()
+{
+    QFETCH(int, column);
+    QFETCH(QString, change);
+    QTemporaryDir dir;
+    QVERIFY(makeEntries(dir.path(), {QStringLiteral("b.txt"), QStringLiteral("d.txt"), QStringLiteral("h.txt"),
+                                     QStringLiteral("c/"), QStringLiteral("k/")}, 2));
+    QVERIFY(makeEntries(dir.path(), {QStringLiteral("f.txt")}, 7));
+    Listing listing(dir.path());
+    listing.model.setReadOnly(false);
+    listing.proxy.setDynamicSortFilter(true);
+    listing.proxy.sort(column);
+    QVERIFY(listing.load(6));
+    QCOMPARE(listing.shown().size(), 6);
+
+    int expectedRows = 6;
+    QString expectedName;
+    if (change == QLatin1String("add")) {
+        QVERIFY(makeEntries(dir.path(), {QStringLiteral("a.txt"), QStringLiteral("g/")}, 2));
+        expectedRows = 8;
+        expectedName = QStringLiteral("a.txt");
+    } else if (change == QLatin1String("remove")) {
+        QVERIFY(QFile::remove(dir.filePath(QStringLiteral("d.txt"))));
+        expectedRows = 5;
+    } else if (change == QLatin1String("rename")) {
+        QVERIFY(QFile::rename(dir.filePath(QStringLiteral("h.txt")), dir.filePath(QStringLiteral("a2.txt"))));
+        expectedName = QStringLiteral("a2.txt");
+    } else {
+        // Through the model: the base renames its entry in place and only re-sorts later.
+        const QModelIndex h = listing.model.index(dir.filePath(QStringLiteral("h.txt")));
+        QVERIFY(listing.model.setData(h, QStringLiteral("a3.txt"), Qt::EditRole));
+        expectedName = QStringLiteral("a3.txt");
+    }
+    QTRY_VERIFY2(listing.shown().size() == expectedRows
+                     && (expectedName.isEmpty() || listing.shown().contains(expectedName)),
+                 qPrintable(listing.shown().join(u' ')));
+
+    for (int row = 0; row < listing.model.rowCount(listing.root); ++row) {
+        for (int col = 0; col < 4; ++col) {
+            QCOMPARE(listing.model.index(row, col, listing.root),
+                     listing.model.QFileSystemModel::index(row, col, listing.root));
+        }
+    }
+    TdirectoryFilterProxy fresh;
+    fresh.setSourceModel(&listing.model);
+    fresh.sort(column);
+    QStringList freshNames;
+    const QModelIndex freshRoot = fresh.mapFromSource(listing.root);
+    for (int row = 0; row < fresh.rowCount(freshRoot); ++row)
+        freshNames << fresh.index(row, 0, freshRoot).data().toString();
+    QTRY_COMPARE(listing.shown(), freshNames);
+    if (column == 0) {
+        QStringList byName = freshNames;
+        std::sort(byName.begin(), byName.end(),
+                  [](const QString& a, const QString& b) { return QString::localeAwareCompare(a, b) < 0; });
+        QCOMPARE(freshNames, byName);
+    }
+}
+
+// Sorted by name, the file model's own re-sort after new entries is skipped; sorting by size
+// shows that order again for the ties, so it must be brought up to date then.
+void TestDirectoryFilterProxy::tiesTakeTheModelsOrderAgain()
+{
+    QTemporaryDir dir;
+    QVERIFY(makeEntries(dir.path(), {QStringLiteral("big.txt")}, 50));
+    Listing listing(dir.path());
+    listing.proxy.setDynamicSortFilter(true);
+    listing.proxy.sort(0);
+    QVERIFY(listing.load(1));
+    QStringList ties;
+    for (const char* name : {"t8", "t3", "t6", "t1", "t7", "t2", "t5", "t4"}) {
+        QVERIFY(makeEntries(dir.path(), {QString::fromLatin1(name) + QStringLiteral(".txt")}, 3));
+        ties << QString::fromLatin1(name) + QStringLiteral(".txt");
+    }
+    QTRY_COMPARE(listing.shown().size(), 9);
+    listing.proxy.sort(1);
+    std::sort(ties.begin(), ties.end());
+    QCOMPARE(listing.shown(), ties + QStringList{QStringLiteral("big.txt")});
+    // A folder's rows mapped afresh (a folder shown again later) start from the model's order.
+    TdirectoryFilterProxy fresh;
+    fresh.setSourceModel(&listing.model);
+    fresh.sort(1);
+    QStringList freshNames;
+    const QModelIndex freshRoot = fresh.mapFromSource(listing.root);
+    for (int row = 0; row < fresh.rowCount(freshRoot); ++row)
+        freshNames << fresh.index(row, 0, freshRoot).data().toString();
+    QCOMPARE(freshNames, ties + QStringList{QStringLiteral("big.txt")});
+}
+
+void TestDirectoryFilterProxy::filtersApplyWhileOrderIsNotShown()
+{
+    QTemporaryDir dir;
+    QVERIFY(makeEntries(dir.path(), {QStringLiteral("a.txt"), QStringLiteral("b.mb"), QStringLiteral("c.txt")}));
+    Listing listing(dir.path());
+    listing.proxy.setDynamicSortFilter(true);
+    listing.proxy.sort(0);
+    QVERIFY(listing.load(3));
+    listing.model.setNameFilterDisables(false);
+    listing.model.setNameFilters({QStringLiteral("*.txt")});
+    QTRY_COMPARE(listing.shown(), (QStringList{QStringLiteral("a.txt"), QStringLiteral("c.txt")}));
 }
 
 void TestDirectoryFilterProxy::decorationOverride()
