@@ -183,18 +183,37 @@ void TdirectoryFilterProxy::sort(int column, Qt::SortOrder order)
     QSortFilterProxyModel::sort(column, order);
 }
 
-const QString& TdirectoryFilterProxy::sortName(const QModelIndex& sourceIndex) const
+void TdirectoryFilterProxy::reserveNames(const QModelIndex& sourceIndex, int row) const
 {
-    const int row = sourceIndex.row();
     if (m_sortNames.size() <= row)
         m_sortNames.resize(qMax(row + 1, sourceModel()->rowCount(sourceIndex.parent())));
-    SortName& slot = m_sortNames[row];
+}
+
+const TdirectoryFilterProxy::SortName& TdirectoryFilterProxy::namesOf(const QModelIndex& sourceIndex) const
+{
+    reserveNames(sourceIndex, sourceIndex.row());
+    SortName& slot = m_sortNames[sourceIndex.row()];
     if (!slot.entry || slot.entry != sourceIndex.internalPointer()) {
-        const auto* model = qobject_cast<const QFileSystemModel*>(sourceModel());
-        slot.name = model ? readSortName(*model, sourceIndex) : QString();
+        slot.name = sourceModel()->data(sourceIndex.siblingAtColumn(0), Qt::DisplayRole).toString();
+        slot.rootPath.clear();
+        // Only a root's shown name can hold a separator or a drive colon.
+        if (slot.name.contains(QLatin1Char('/')) || slot.name.contains(QLatin1Char(':'))
+            || slot.name.contains(QLatin1Char('\\'))) {
+            if (const auto* model = qobject_cast<const QFileSystemModel*>(sourceModel())) {
+                const QString path = readSortName(*model, sourceIndex);
+                if (path != slot.name)
+                    slot.rootPath = path;
+            }
+        }
         slot.entry = sourceIndex.internalPointer();
     }
-    return slot.name;
+    return slot;
+}
+
+void TdirectoryFilterProxy::forgetSortNames(int first, int last)
+{
+    for (int row = qMax(0, first); row <= last && row < m_sortNames.size(); ++row)
+        m_sortNames[row] = SortName();
 }
 
 const QCollator& TdirectoryFilterProxy::collator() const
@@ -225,11 +244,6 @@ bool TdirectoryFilterProxy::extensionHides(const QString& name) const
     return found.value();
 }
 
-void TdirectoryFilterProxy::forgetSortNames(int first, int last)
-{
-    for (int row = qMax(0, first); row <= last && row < m_sortNames.size(); ++row)
-        m_sortNames[row] = SortName();
-}
 
 void TdirectoryFilterProxy::filterFiles(const QModelIndex& baseFolder, const QString& text)
 {
@@ -250,7 +264,7 @@ bool TdirectoryFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex& s
     const QModelIndex index = source->index(sourceRow, 0, sourceParent);
     if (!index.isValid())
         return false;
-    const QString name = source->data(index, Qt::DisplayRole).toString();
+    const QString& name = namesOf(index).name;
     const FixedExpressions& fixed = fixedExpressions();
 
     // Each fixed rule can only match a name with that start or end, so the cheap test
@@ -285,7 +299,11 @@ bool TdirectoryFilterProxy::lessThan(const QModelIndex& left, const QModelIndex&
     default: {
         if (!model)
             return false;
-        return collator().compare(sortName(left), sortName(right)) < 0;
+        // Both rows' slots exist before either is referred to: making one could move the other.
+        reserveNames(left, qMax(left.row(), right.row()));
+        const SortName& leftNames = namesOf(left);
+        const SortName& rightNames = namesOf(right);
+        return collator().compare(leftNames.sortName(), rightNames.sortName()) < 0;
     }
     }
 }

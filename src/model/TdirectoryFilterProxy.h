@@ -80,10 +80,10 @@ protected:
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:
-    // The name a row sorts by, read from the source once per row and kept until the source
-    // changes its rows: a sort of a 10,000-entry folder compares about 140,000 pairs, and
-    // asking the source for both names each time cost most of the time the window froze.
-    const QString& sortName(const QModelIndex& sourceIndex) const;
+    // The name a row shows (what the filter matches and, but for a root, what it sorts by)
+    // is read from the source once per row and kept until the source changes its rows: a
+    // sort of a 10,000-entry folder compares about 140,000 pairs, and asking the source for
+    // both names each time cost most of the time the window froze.
     void forgetSortNames(int first, int last);
     void setExtensions(const Tstring& extensions, bool filterAgain);
     static void onOptionVarChanged(Tclient* client, const Tmessage& message);
@@ -94,20 +94,25 @@ private:
     bool m_extensionValid = false;
     // Compiled from m_searchPattern whenever it changes, never per row.
     QRegularExpression m_searchExpression;
-    // Names by source row, each with the source's internal pointer of the entry it was read
-    // for (rows of different folders share a slot; a sort works in one folder at a time).
-    // Emptied at every change of the source's rows or layout, when a row number, or a pointer
-    // the source frees and reuses, may come to mean another entry.
     // The collator of the default locale, as QString::localeAwareCompare uses, made again
     // when that locale changes between sorts; comparing through it skips the per-call
     // locale look-up (about a sixth of a sort's time).
     const QCollator& collator() const;
     bool extensionHides(const QString& name) const;
+    // Names by source row, each with the source's internal pointer of the entry it was read
+    // for (rows of different folders share a slot; a sort works in one folder at a time).
+    // Emptied at every change of the source's rows or layout, when a row number, or a pointer
+    // the source frees and reuses, may come to mean another entry.
     struct SortName
     {
         const void* entry = nullptr;
         QString name;
+        // A drive or "/" sorts by its full path.
+        QString rootPath;
+        const QString& sortName() const { return rootPath.isEmpty() ? name : rootPath; }
     };
+    void reserveNames(const QModelIndex& sourceIndex, int row) const;
+    const SortName& namesOf(const QModelIndex& sourceIndex) const;
     mutable QVector<SortName> m_sortNames;
     mutable QCollator m_collator;
     mutable bool m_collatorChecked = false;
