@@ -117,7 +117,7 @@ bool TlibraryItemDelegate::renameFolder(QWidget* editor, QStandardItem* item, co
     // when it is next expanded.
     item->removeRows(0, item->rowCount());
     item->setText(TlibraryOrganizer::displayTextFor(newPath));
-    item->setData(QVariant(), TOrganizerItemModel::ContentPathRole);
-    TOrganizerItemModel::setFolderRoles(item, newPath);
+    if (auto* organizerModel = qobject_cast<TOrganizerItemModel*>(item->model()))
+        organizerModel->setFolderRoles(item, newPath);
     return true;
 }

@@ -44,6 +44,31 @@ QStringList rootTexts(const TlibraryOrganizer& organizer)
     return texts;
 }
 
+// Waits until the roots have been checked and no selection waits for a listing.
+bool settled(const TlibraryOrganizer& organizer)
+{
+    return QTest::qWaitFor([&] { return !organizer.loadingRoots() && organizer.pendingSelection().isEmpty(); });
+}
+
+// Waits until every item's ContentPathRole has its answer.
+bool contentSettled(const TlibraryOrganizer& organizer)
+{
+    const TOrganizerItemModel* model = organizer.model();
+    return QTest::qWaitFor([&] {
+        QList<const QStandardItem*> pending{model->invisibleRootItem()};
+        while (!pending.isEmpty()) {
+            const QStandardItem* item = pending.takeLast();
+            for (int row = 0; row < item->rowCount(); ++row) {
+                if (!model->contentKnown(item->child(row)->data(TOrganizerItemModel::FolderPathRole).toString()))
+                    return false;
+                pending.append(item->child(row));
+            }
+        }
+        QCoreApplication::processEvents();
+        return true;
+    });
+}
+
 // The texts of the message boxes on screen, each then closed with its Ok button.
 QStringList takeShownBoxes()
 {
@@ -155,6 +180,7 @@ void TestLibraryOrganizer::rootsFollowTheEnvironment()
 
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
+    QVERIFY2(settled(organizer), QTest::currentDataTag());
     QVERIFY2(rootTexts(organizer) == roots,
              qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), rootTexts(organizer).join('|'))));
     // Loading only reads the environment.
@@ -195,11 +221,13 @@ void TestLibraryOrganizer::addAndRemoveWriteTheVariable()
     setEnv("VELA_CONTENT_PATH", expand(contentPath));
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
+    QVERIFY2(settled(organizer), QTest::currentDataTag());
 
     if (operation == QLatin1String("add"))
         organizer.addLibraryPath(expand(argument));
     else
         organizer.removeLibraryPath(expand(argument));
+    QVERIFY2(settled(organizer), QTest::currentDataTag());
 
     QVERIFY2(env("VELA_CONTENT_PATH") == expand(written),
              qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), env("VELA_CONTENT_PATH"))));
@@ -211,23 +239,30 @@ void TestLibraryOrganizer::selectByPath_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<bool>("allowFetching");
+    QTest::addColumn<bool>("beforeRoots");
+    QTest::addColumn<bool>("answer");
     QTest::addColumn<QString>("selected");
 
+    // answer: what selectPath says at once; true while folders on the way are being listed.
     const QString deep = "$T/lib/Characters/Hero_Rigs/Walk_Cycles";
-    QTest::newRow("three levels down") << deep << true << deep;
-    QTest::newRow("three levels down, no fetching") << deep << false << "";
-    QTest::newRow("a root ending in a slash") << "$T/lib/" << false << "$T/lib";
+    QTest::newRow("three levels down") << deep << true << false << true << deep;
+    QTest::newRow("three levels down, before the roots are in") << deep << true << true << true << deep;
+    QTest::newRow("three levels down, no fetching") << deep << false << false << false << "";
+    QTest::newRow("a root ending in a slash") << "$T/lib/" << false << false << true << "$T/lib";
     QTest::newRow("other case, spaces for underscores")
-        << "$T/LIB/characters/hero rigs" << true << "$T/lib/Characters/Hero_Rigs";
-    QTest::newRow("the same name under another folder") << "$T/lib/Props/Hero_Rigs" << true << "";
-    QTest::newRow("a hidden folder") << "$T/lib/.velaSwatches" << true << "";
-    QTest::newRow("second root") << "$T/other_lib/Characters" << true << "$T/other_lib/Characters";
+        << "$T/LIB/characters/hero rigs" << true << false << true << "$T/lib/Characters/Hero_Rigs";
+    QTest::newRow("the same name under another folder") << "$T/lib/Props/Hero_Rigs" << true << false << true << "";
+    QTest::newRow("a hidden folder") << "$T/lib/.velaSwatches" << true << false << true << "";
+    QTest::newRow("under no root") << "$T/elsewhere/Characters" << true << false << false << "";
+    QTest::newRow("second root") << "$T/other_lib/Characters" << true << false << true << "$T/other_lib/Characters";
 }
 
 void TestLibraryOrganizer::selectByPath()
 {
     QFETCH(QString, path);
     QFETCH(bool, allowFetching);
+    QFETCH(bool, beforeRoots);
+    QFETCH(bool, answer);
     QFETCH(QString, selected);
 
     QVERIFY(TtestFiles::makeAll(m_root, {"lib/Characters/Hero_Rigs/Walk_Cycles/", "lib/Props/", "lib/.velaSwatches/x/",
@@ -237,11 +272,13 @@ void TestLibraryOrganizer::selectByPath()
     organizer.loadLibraryRoots();
     organizer.resize(300, 400);
     organizer.show();
+    const QString tag = QString::fromLatin1(QTest::currentDataTag());
+    if (!beforeRoots)
+        QVERIFY2(settled(organizer), qPrintable(tag));
     QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
 
-    const bool found = organizer.selectPath(expand(path), allowFetching);
-    const QString tag = QString::fromLatin1(QTest::currentDataTag());
-    QVERIFY2(found == !selected.isEmpty(), qPrintable(tag));
+    QVERIFY2(organizer.selectPath(expand(path), allowFetching) == answer, qPrintable(tag));
+    QVERIFY2(settled(organizer), qPrintable(tag));
     QVERIFY2(organizer.selectedFolder() == expand(selected), qPrintable(tag + ": " + organizer.selectedFolder()));
     if (selected.isEmpty()) {
         QVERIFY2(chosen.isEmpty(), qPrintable(tag));
@@ -297,7 +334,11 @@ void TestLibraryOrganizer::renameRefusals()
     organizer.show();
     QVERIFY(QTest::qWaitForWindowActive(&organizer));
     QVERIFY(organizer.selectPath(m_root + "/other/Scenes"));
+    QVERIFY(settled(organizer));
     QVERIFY(organizer.selectPath(m_root + "/lib/Mine/inner"));
+    QVERIFY(settled(organizer));
+    QCOMPARE(organizer.selectedFolder(), m_root + "/lib/Mine/inner");
+    QVERIFY(contentSettled(organizer));
     QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
 
     QStandardItem* mine = organizer.model()->findItemsByText(QStringLiteral("Mine")).value(0);
@@ -328,7 +369,7 @@ void TestLibraryOrganizer::renameRefusals()
         QVERIFY2(chosen.size() == 1 && chosen.first().first().toString() == pathAfter, qPrintable(tag));
         if (organizer.model()->canFetchMore(mine->index()))
             organizer.model()->fetchMore(mine->index());
-        QVERIFY2(mine->rowCount() == 1, qPrintable(tag));
+        QTRY_VERIFY2(mine->rowCount() == 1, qPrintable(tag));
         QVERIFY2(mine->child(0)->data(TOrganizerItemModel::FolderPathRole).toString() == pathAfter + "/inner",
                  qPrintable(tag));
     } else {
@@ -342,7 +383,9 @@ void TestLibraryOrganizer::rootsCannotBeRenamed()
     setEnv("VELA_CONTENT_PATH", m_root + "/lib");
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
+    QVERIFY(settled(organizer));
     organizer.model()->fetchMore(organizer.model()->index(0, 0));
+    QTRY_COMPARE(organizer.model()->item(0)->rowCount(), 1);
     QVERIFY(!(organizer.model()->item(0)->flags() & Qt::ItemIsEditable));
     QVERIFY(organizer.model()->item(0)->child(0)->flags() & Qt::ItemIsEditable);
 }
@@ -354,9 +397,12 @@ void TestLibraryOrganizer::refreshRebuildsFromTheEnvironment()
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
     QVERIFY(organizer.selectPath(m_root + "/a/x"));
+    QVERIFY(settled(organizer));
+    QCOMPARE(organizer.selectedFolder(), m_root + "/a/x");
 
     setEnv("VELA_CONTENT_PATH", m_root + "/b;" + m_root + "/a");
     organizer.refreshLibrary();
+    QVERIFY(settled(organizer));
     QCOMPARE(rootTexts(organizer), (QStringList{"b", "a"}));
     QCOMPARE(organizer.selectedFolder(), QString());
     QVERIFY(!organizer.view()->currentIndex().isValid());
@@ -369,11 +415,13 @@ void TestLibraryOrganizer::tabChangeReportsTheSelection()
     setEnv("VELA_CONTENT_PATH", m_root + "/a");
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
+    QVERIFY(settled(organizer));
     QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
 
     organizer.tabBecameCurrent();
     QCOMPARE(chosen.size(), 0);
     QVERIFY(organizer.selectPath(m_root + "/a/x"));
+    QVERIFY(settled(organizer));
     organizer.tabBecameCurrent();
     QCOMPARE(chosen.size(), 2);
     QCOMPARE(chosen.last().first().toString(), m_root + "/a/x");

@@ -33,6 +33,12 @@ QStringList selectorEntries(const QComboBox* selector)
     return entries;
 }
 
+// Waits until the tree and any selection have their background answers.
+bool settled(const TprojectsOrganizerProjectsView* view)
+{
+    return QTest::qWaitFor([&] { return !view->waitingForDisk(); });
+}
+
 QStringList topLevelPaths(const TOrganizerItemModel* model)
 {
     QStringList paths;
@@ -169,6 +175,7 @@ void TestProjectsOrganizer::refreshFillsSelectorAndTree()
     m_host.calls.clear();
     TcommandEngine::clearRecord();
     view.refresh();
+    QVERIFY2(settled(&view), qPrintable(tag));
 
     QComboBox* selector = view.projectSelector();
     QVERIFY2(selectorEntries(selector) == (active ? projects : QStringList{}), qPrintable(tag));
@@ -236,12 +243,14 @@ void TestProjectsOrganizer::workspaceChangedRefreshes()
         QCOMPARE(view.model()->rowCount(), 0);
 
         workspace->fire();
+        QVERIFY(settled(&view));
         QCOMPARE(topLevelPaths(view.model()), (QStringList{m_root + "/proj/scenes", m_root + "/proj/assets"}));
         QCOMPARE(view.projectSelector()->currentText(), QStringLiteral("Beta"));
 
         m_host.current = QStringLiteral("Alpha");
         answerRules({"renders"});
         workspace->fire();
+        QVERIFY(settled(&view));
         QCOMPARE(topLevelPaths(view.model()), QStringList{m_root + "/proj/renders"});
         QCOMPARE(view.projectSelector()->currentText(), QStringLiteral("Alpha"));
     }
@@ -320,6 +329,7 @@ void TestProjectsOrganizer::reselectsTheHostFolder()
     QSignalSpy chosen(&organizer, &TprojectsOrganizer::newPathSelected);
     m_host.calls.clear();
     organizer.refresh();
+    QVERIFY2(settled(organizer.projectsView()), qPrintable(tag));
 
     QVERIFY2(organizer.currentFolder() == expand(selected), qPrintable(tag + ": " + organizer.currentFolder()));
     QVERIFY2(m_host.calls.contains("folderToReselect") == reselect, qPrintable(tag));
@@ -379,6 +389,7 @@ void TestProjectsOrganizer::restoreState()
 
     const bool result = organizer.restoreState(project, expand(folder), true, switchProject);
     QVERIFY2(result == restored, qPrintable(tag));
+    QVERIFY2(settled(organizer.projectsView()), qPrintable(tag));
     QVERIFY2(m_host.current == currentAfter, qPrintable(tag + ": " + m_host.current));
     QVERIFY2(organizer.currentFolder() == expand(folderAfter), qPrintable(tag + ": " + organizer.currentFolder()));
     if (restored) {
