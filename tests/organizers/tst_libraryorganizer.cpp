@@ -9,6 +9,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -103,6 +104,8 @@ private Q_SLOTS:
     void addAndRemoveWriteTheVariable();
     void selectByPath_data();
     void selectByPath();
+    void waitingSelectionGivesWay_data();
+    void waitingSelectionGivesWay();
     void renameRefusals_data();
     void renameRefusals();
     void rootsCannotBeRenamed();
@@ -292,6 +295,64 @@ void TestLibraryOrganizer::selectByPath()
     QVERIFY2(organizer.view()->selectionModel()->selectedIndexes() == QModelIndexList{current}, qPrintable(tag));
     for (QModelIndex index = current; index.isValid(); index = index.parent())
         QVERIFY2(organizer.view()->isExpanded(index), qPrintable(tag));
+}
+
+void TestLibraryOrganizer::waitingSelectionGivesWay_data()
+{
+    QTest::addColumn<QString>("then");
+    QTest::addColumn<QString>("selected");
+
+    QTest::newRow("nothing else") << "" << "$T/lib/Deep/er";
+    QTest::newRow("another selection by path") << "select" << "$T/other";
+    QTest::newRow("a click on another folder") << "click" << "$T/other";
+    QTest::newRow("the selection cleared") << "unselect" << "";
+    QTest::newRow("a refresh") << "refresh" << "";
+    QTest::newRow("the folder on the way deleted") << "delete" << "";
+}
+
+void TestLibraryOrganizer::waitingSelectionGivesWay()
+{
+    // A selection waiting for a listing must never override what the user did meanwhile.
+    QFETCH(QString, then);
+    QFETCH(QString, selected);
+    const QString tag = QString::fromLatin1(QTest::currentDataTag());
+
+    QVERIFY(TtestFiles::makeAll(m_root, {"lib/Deep/er/", "other/"}));
+    setEnv("VELA_CONTENT_PATH", m_root + "/lib;" + m_root + "/other");
+    TlibraryOrganizer organizer(nullptr);
+    organizer.resize(300, 400);
+    organizer.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&organizer));
+    organizer.loadLibraryRoots();
+    QVERIFY2(settled(organizer), qPrintable(tag));
+    QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
+
+    QVERIFY2(organizer.selectPath(m_root + "/lib/Deep/er"), qPrintable(tag));
+    QVERIFY2(!organizer.pendingSelection().isEmpty(), qPrintable(tag));
+    if (then == QLatin1String("select")) {
+        QVERIFY2(organizer.selectPath(m_root + "/other"), qPrintable(tag));
+    } else if (then == QLatin1String("click")) {
+        QTreeView* view = organizer.view();
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(organizer.model()->index(1, 0)).center());
+    } else if (then == QLatin1String("unselect")) {
+        organizer.unselectLibraryItem();
+    } else if (then == QLatin1String("refresh")) {
+        organizer.refreshLibrary();
+    } else if (then == QLatin1String("delete")) {
+        QVERIFY2(QDir(m_root + "/lib").removeRecursively(), qPrintable(tag));
+    }
+
+    // Every listing asked for has come and been applied.
+    QTRY_VERIFY2(!organizer.model()->isListing(m_root + "/lib") && !organizer.model()->isListing(m_root + "/lib/Deep")
+                     && !organizer.loadingRoots(),
+                 qPrintable(tag));
+    QVERIFY2(settled(organizer), qPrintable(tag));
+    QVERIFY2(organizer.selectedFolder() == expand(selected), qPrintable(tag + ": " + organizer.selectedFolder()));
+    QStringList reported;
+    for (const QList<QVariant>& signal : std::as_const(chosen))
+        reported << signal.first().toString();
+    const QStringList expected = selected.isEmpty() ? QStringList{} : QStringList{expand(selected)};
+    QVERIFY2(reported == expected, qPrintable(tag + ": " + reported.join(',')));
 }
 
 void TestLibraryOrganizer::renameRefusals_data()
