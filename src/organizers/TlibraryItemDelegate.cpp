@@ -50,6 +50,8 @@ bool TlibraryItemDelegate::isDuplicateContainer(const QAbstractItemModel* model,
     const auto* organizerModel = qobject_cast<const TOrganizerItemModel*>(model);
     if (!organizerModel)
         return false;
+    // A folder whose files have not been looked at yet counts as a container: refusing is
+    // undone by trying again a moment later, a wrong rename is not.
     const QList<QStandardItem*> found = organizerModel->findItemsByText(name);
     for (const QStandardItem* other : found) {
         if (other->index() != index && other->data(TOrganizerItemModel::ContentPathRole).toString().isEmpty())

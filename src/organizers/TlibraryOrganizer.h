@@ -26,6 +26,10 @@ class TlibraryItemDelegate;
 // root shown as rContentBrowserLibraryUserLibraryName) always stays last. Roots added or
 // removed here are written back to VELA_CONTENT_PATH, so they last as long as the host's
 // process does.
+//
+// The GUI thread never reads the disk here: roots are checked, folders listed and content
+// folders recognised on the model's background pool (see TOrganizerItemModel), and a
+// selection by path that needs folders listed waits for them without blocking.
 class TlibraryOrganizer : public QWidget, public TOrganizerItemModelBuilder
 {
     Q_OBJECT

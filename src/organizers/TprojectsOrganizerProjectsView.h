@@ -24,7 +24,9 @@ class Ttrigger;
 //
 // The host is asked through its TabProjectSidebarManager and its script commands; the view
 // refreshes itself whenever the host fires "workspaceChanged", and after the user picks a
-// project it waits for that event rather than refreshing on its own.
+// project it waits for that event rather than refreshing on its own. Which rule folders exist,
+// where a selected path leads and what each folder holds are read on the model's background
+// pool (see TOrganizerItemModel); the GUI thread only applies the answers.
 class TprojectsOrganizerProjectsView : public QWidget, public Tclient, public TOrganizerItemModelBuilder
 {
     Q_OBJECT
