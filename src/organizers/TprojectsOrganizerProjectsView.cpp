@@ -132,6 +132,8 @@ void TprojectsOrganizerProjectsView::refresh()
 
     TabProjectSidebarManager* manager = sidebarManager();
     if (!manager || !manager->hasActiveProject()) {
+        // An empty tree holds nothing a waiting selection could find.
+        clearPendingSelection();
         m_projectSelector->blockSignals(wasBlocked);
         return;
     }
