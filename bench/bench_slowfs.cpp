@@ -1,7 +1,8 @@
 // Runs the reference host's whole window over a folder on a slow file system and prints the
-// longest stall of the GUI thread for five things a user does there: starting with 30
-// favorites in it, opening it, scrolling it, hovering a scene, and expanding its parent in the
-// System tree (beside a large folder never opened).
+// longest stall of the GUI thread for six things a user does there: starting with 30
+// favorites in it, opening it, scrolling it, hovering a scene, expanding its parent in the
+// System tree (beside a large folder never opened), and showing its folders as libraries in
+// the Library tab.
 //
 // The slow file system is a preloaded library (orlo_slowfs_shim) that delays every file-system
 // call below the bench's folder by --delay milliseconds, as a network share would. The bench
@@ -18,8 +19,12 @@
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
 #include "ThostMainWindow.h"
+#include "TOrganizerItemModel.h"
 #include "ThumbnailPane.h"
+#include "TlibraryOrganizer.h"
 #include "TreeViewPane.h"
+
+#include "Tstring.h"
 
 #include <QApplication>
 #include <QBuffer>
@@ -36,6 +41,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 
 #include <cstdio>
 #include <functional>
@@ -221,6 +227,27 @@ int measure(const QString& root, int expected, int limitMs)
         tree->expand(target);
     runFor(qMin(limitMs, 3000));
     report("expand it in the tree", target.isValid());
+
+    // The host adds the scenes folder and its 30 shots as libraries; the Library tab is opened
+    // and the scenes library expanded.
+    meter.reset();
+    QStringList libraries{scenes};
+    for (int i = 0; i < 30; ++i)
+        libraries << QStringLiteral("%1/shot_%2").arg(scenes).arg(i, 2, 10, QLatin1Char('0'));
+    Tstring added;
+    Tstring_fromQString(libraries.join(QLatin1Char(';')), added);
+    browser->addLibraryPath(added);
+    TreeViewPane* side = browser->sidePanel();
+    side->tabWidget()->setCurrentIndex(side->tabIndex(TreeViewPane::LibraryTab));
+    TlibraryOrganizer* library = side->libraryOrganizer();
+    TOrganizerItemModel* libraryModel = library->model();
+    done = runUntil([&] { return libraryModel->rowCount() == libraries.size(); }, limitMs);
+    if (done) {
+        library->view()->expand(libraryModel->index(0, 0));
+        done = runUntil([&] { return libraryModel->rowCount(libraryModel->index(0, 0)) == 30; }, limitMs);
+    }
+    runFor(300);
+    report("add 31 libraries, open and expand", done);
     return 0;
 }
 

@@ -41,10 +41,13 @@ public:
     // option variables. Call it before the host quits or hides the browser.
     virtual void saveBrowserState() = 0;
 
-    // Shows the Library tab and selects path in it.
+    // Shows the Library tab and selects path in it. Returns at once; when folders on the way
+    // must be listed first, the selection follows once they have been.
     virtual void showLibraryPath(const Tstring& path) = 0;
 
     // Adds path to the library locations (kept in the VELA_CONTENT_PATH environment variable).
+    // Returns at once: the folder is checked without blocking, and the tab and the variable
+    // change when it has been found (a path that names no folder is not added).
     virtual void addLibraryPath(const Tstring& path) = 0;
 
     // Removes path from the library locations and from the Library tab.

@@ -11,7 +11,7 @@ namespace {
 
 // Few threads: a slow share answers no faster for being asked many times at once, and the
 // thumbnails and the listing need the disk too.
-QThreadPool* scanPool()
+QThreadPool* sharedPool()
 {
     static QPointer<QThreadPool> pool;
     if (!pool) {
@@ -31,6 +31,11 @@ int nextPriority()
 }
 
 } // namespace
+
+QThreadPool* TfolderChildProbe::threadPool()
+{
+    return sharedPool();
+}
 
 TfolderChildProbe::TfolderChildProbe(QDir::Filters filters, Rule rule, QObject* parent)
     : QObject(parent)
@@ -65,7 +70,7 @@ void TfolderChildProbe::startScan(const QString& path)
     const QDir::Filters filters = m_filters;
     const Rule rule = m_rule;
     const QPointer<TfolderChildProbe> self(this);
-    scanPool()->start(
+    threadPool()->start(
         [shared, filters, rule, self, path, generation] {
             if (shared->cancelled)
                 return;
@@ -113,6 +118,7 @@ void TfolderChildProbe::onScanned(const QString& path, quint64 generation, bool 
     m_answers.insert(path, hasChildren);
     if (before != hasChildren)
         Q_EMIT answered(path, hasChildren);
+    Q_EMIT judged(path, hasChildren);
 }
 
 std::optional<bool> TfolderChildProbe::known(const QString& path) const

@@ -11,6 +11,8 @@
 #include <memory>
 #include <optional>
 
+class QThreadPool;
+
 // Answers whether a folder holds at least one entry that counts, without making the caller
 // wait for the disk: the models' expansion arrows ask it while a view paints.
 //
@@ -47,10 +49,16 @@ public:
     // New filters make every answer stale: all are forgotten.
     void setFilters(QDir::Filters filters);
 
+    // The pool the scans run on, for other background reads of folders that should queue with
+    // them rather than compete (at most two threads).
+    static QThreadPool* threadPool();
+
 Q_SIGNALS:
     // A scan finished with an answer that differs from the one given before (true while
     // nothing was known, since callers show the arrow until told otherwise).
     void answered(const QString& path, bool hasChildren);
+    // Every scan that finished with a current answer, changed or not, after answered().
+    void judged(const QString& path, bool hasChildren);
 
 private:
     void startScan(const QString& path);

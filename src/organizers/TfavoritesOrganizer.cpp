@@ -465,13 +465,14 @@ void TfavoritesOrganizer::resolveLocationIcons(const QStringList& paths)
         return;
     QPointer<TfavoritesOrganizer> self(this);
     QThreadPool::globalInstance()->start([self, paths] {
-        QList<QPair<QString, LocationKind>> kinds;
+        QList<LocationFacts> kinds;
         kinds.reserve(paths.size());
         for (const QString& path : paths) {
             const QFileInfo info(path);
-            kinds.append({path, info.isDir()   ? LocationKind::Folder
-                                : info.exists() ? LocationKind::File
-                                                : LocationKind::Missing});
+            const LocationKind kind = info.isDir() ? LocationKind::Folder
+                                    : info.exists() ? LocationKind::File
+                                                    : LocationKind::Missing;
+            kinds.append({path, info, kind});
         }
         if (QCoreApplication* app = QCoreApplication::instance()) {
             QMetaObject::invokeMethod(app, [self, kinds] {
@@ -482,17 +483,17 @@ void TfavoritesOrganizer::resolveLocationIcons(const QStringList& paths)
     });
 }
 
-void TfavoritesOrganizer::applyLocationIcons(const QList<QPair<QString, LocationKind>>& kinds)
+void TfavoritesOrganizer::applyLocationIcons(const QList<LocationFacts>& kinds)
 {
-    QHash<QString, LocationKind> byPath;
-    for (const auto& [path, kind] : kinds)
-        byPath.insert(path, kind);
+    QHash<QString, const LocationFacts*> byPath;
+    for (const LocationFacts& facts : kinds)
+        byPath.insert(facts.path, &facts);
     const auto apply = [&](QStandardItem* item) {
         const auto it = byPath.constFind(item->data(PathRole).toString());
-        if (it == byPath.constEnd() || it.value() == LocationKind::Folder)
+        if (it == byPath.constEnd() || it.value()->kind == LocationKind::Folder)
             return;
-        item->setIcon(it.value() == LocationKind::File ? m_iconProvider->icon(QFileInfo(it.key()))
-                                                       : m_iconProvider->icon(QAbstractFileIconProvider::File));
+        item->setIcon(it.value()->kind == LocationKind::File ? m_iconProvider->icon(it.value()->info)
+                                                             : m_iconProvider->icon(QAbstractFileIconProvider::File));
     };
     // The tree may have changed meanwhile: items are found by their path.
     for (int row = 0; row < m_model->rowCount(); ++row) {

@@ -3,6 +3,7 @@
 #include "TfavoritesFile.h"
 #include "TpathSelector.h"
 
+#include <QFileInfo>
 #include <QIcon>
 #include <QPersistentModelIndex>
 #include <QPointer>
@@ -160,7 +161,14 @@ private:
     // Finds out on a pool thread which of paths are folders, files or gone; the items of the
     // files and the missing ones then get their icons on the GUI thread.
     void resolveLocationIcons(const QStringList& paths);
-    void applyLocationIcons(const QList<QPair<QString, LocationKind>>& kinds);
+    struct LocationFacts
+    {
+        QString path;
+        // Looked at on the worker: its cached answers spare the GUI thread the disk.
+        QFileInfo info;
+        LocationKind kind;
+    };
+    void applyLocationIcons(const QList<LocationFacts>& kinds);
     QStandardItem* makeLocationItem(const QString& path) const;
     QStandardItem* makeFolderItem(const QString& name) const;
     bool isFavoriteFolder(const QStandardItem* item) const;

@@ -50,6 +50,8 @@ bool TlibraryItemDelegate::isDuplicateContainer(const QAbstractItemModel* model,
     const auto* organizerModel = qobject_cast<const TOrganizerItemModel*>(model);
     if (!organizerModel)
         return false;
+    // A folder whose files have not been looked at yet counts as a container: refusing is
+    // undone by trying again a moment later, a wrong rename is not.
     const QList<QStandardItem*> found = organizerModel->findItemsByText(name);
     for (const QStandardItem* other : found) {
         if (other->index() != index && other->data(TOrganizerItemModel::ContentPathRole).toString().isEmpty())
@@ -117,7 +119,7 @@ bool TlibraryItemDelegate::renameFolder(QWidget* editor, QStandardItem* item, co
     // when it is next expanded.
     item->removeRows(0, item->rowCount());
     item->setText(TlibraryOrganizer::displayTextFor(newPath));
-    item->setData(QVariant(), TOrganizerItemModel::ContentPathRole);
-    TOrganizerItemModel::setFolderRoles(item, newPath);
+    if (auto* organizerModel = qobject_cast<TOrganizerItemModel*>(item->model()))
+        organizerModel->setFolderRoles(item, newPath);
     return true;
 }

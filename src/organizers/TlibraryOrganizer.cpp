@@ -81,6 +81,7 @@ TlibraryOrganizer::TlibraryOrganizer(const TassetBrowserOptions* options, QWidge
     connect(m_view, &QTreeView::expanded, this, &TlibraryOrganizer::itemExpanded);
     connect(m_view, &QTreeView::collapsed, this, &TlibraryOrganizer::itemCollapsed);
     connect(m_delegate, &TlibraryItemDelegate::sendSignal, this, &TlibraryOrganizer::libraryItemSelected);
+    connect(m_model, &TOrganizerItemModel::folderListed, this, &TlibraryOrganizer::onFolderListed);
 }
 
 TlibraryOrganizer::~TlibraryOrganizer() = default;
@@ -95,12 +96,12 @@ QString TlibraryOrganizer::displayTextFor(const QString& path)
 
 QStandardItem* TlibraryOrganizer::createFolderItem(const QString& path, QStandardItem* parent, const QString& displayName)
 {
-    if (!parent || path.isEmpty() || !QFileInfo(path).isDir())
+    if (!parent || path.isEmpty() || !(m_model->isListedFolder(path) || QFileInfo(path).isDir()))
         return nullptr;
 
     const QString text = displayName.isEmpty() ? displayTextFor(path) : displayName;
     auto* item = new QStandardItem(TuiScale::icon(m_options, kClosedFolderImage), text);
-    TOrganizerItemModel::setFolderRoles(item, path);
+    m_model->setFolderRoles(item, path);
     m_folderImages.insert(text, FolderImages{kOpenFolderImage, kClosedFolderImage});
 
     if (parent != m_model->invisibleRootItem()) {
@@ -146,31 +147,55 @@ void TlibraryOrganizer::loadLibraryRoots()
     if (hostExamplesListed)
         entries.prepend(hostExamples);
 
-    for (const QString& entry : std::as_const(entries)) {
-        if (entry.isEmpty())
-            continue;
-        if (createFolderItem(entry, m_model->invisibleRootItem(), QString()))
-            m_rootPaths.insert(entry);
-    }
+    entries.removeAll(QString());
+    if (entries.isEmpty())
+        return;
+    ++m_rootChecks;
+    const quint64 generation = m_generation;
+    m_model->checkFolders(entries, [this, generation](const QList<TOrganizerItemModel::FolderFacts>& facts) {
+        if (generation != m_generation)
+            return;
+        --m_rootChecks;
+        for (const TOrganizerItemModel::FolderFacts& fact : facts) {
+            if (fact.isDir && createFolderItem(fact.path, m_model->invisibleRootItem(), QString()))
+                m_rootPaths.insert(fact.path);
+        }
+        resumePendingSelection();
+    });
 }
 
 void TlibraryOrganizer::addLibraryPath(const QString& paths)
 {
-    QString assignment = QLatin1String(kContentPathVariable) + QLatin1Char('=');
-    const QString current = environment(kContentPathVariable);
-    if (!current.isEmpty())
-        assignment += current;
-
-    const QStringList added = paths.split(QLatin1Char(';'), Qt::SkipEmptyParts);
-    for (const QString& path : added) {
-        if (m_rootPaths.contains(path))
-            continue;
-        if (createFolderItem(path, m_model->invisibleRootItem(), QString())) {
-            assignment += QLatin1Char(';') + path;
-            m_rootPaths.insert(path);
-        }
+    QStringList candidates;
+    for (const QString& path : paths.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        if (!m_rootPaths.contains(path) && !candidates.contains(path))
+            candidates.append(path);
     }
-    writeContentPath(assignment);
+    for (const QString& path : std::as_const(candidates))
+        m_rootsBeingAdded.insert(path);
+
+    ++m_rootChecks;
+    const quint64 generation = m_generation;
+    m_model->checkFolders(candidates, [this, generation](const QList<TOrganizerItemModel::FolderFacts>& facts) {
+        if (generation != m_generation)
+            return;
+        --m_rootChecks;
+        // Read when the answer comes: the variable may have changed in the meantime.
+        QString assignment = QLatin1String(kContentPathVariable) + QLatin1Char('=');
+        const QString current = environment(kContentPathVariable);
+        if (!current.isEmpty())
+            assignment += current;
+        for (const TOrganizerItemModel::FolderFacts& fact : facts) {
+            if (!m_rootsBeingAdded.remove(fact.path) || m_rootPaths.contains(fact.path))
+                continue;
+            if (fact.isDir && createFolderItem(fact.path, m_model->invisibleRootItem(), QString())) {
+                assignment += QLatin1Char(';') + fact.path;
+                m_rootPaths.insert(fact.path);
+            }
+        }
+        writeContentPath(assignment);
+        resumePendingSelection();
+    });
 }
 
 void TlibraryOrganizer::removeLibraryPath(const QString& paths)
@@ -180,6 +205,7 @@ void TlibraryOrganizer::removeLibraryPath(const QString& paths)
     QStandardItem* root = m_model->invisibleRootItem();
     for (const QString& path : removed) {
         entries.removeAll(path);
+        m_rootsBeingAdded.remove(path);
         if (!m_rootPaths.remove(path))
             continue;
         // A root listed twice was shown twice; the tree keeps matching the variable.
@@ -198,6 +224,11 @@ void TlibraryOrganizer::refreshLibrary()
     m_model->clear();
     m_rootPaths.clear();
     m_folderImages.clear();
+    ++m_generation;
+    m_rootChecks = 0;
+    m_rootsBeingAdded.clear();
+    m_pendingSelection.clear();
+    m_pendingFolder.clear();
     loadLibraryRoots();
 }
 
@@ -217,31 +248,43 @@ QStandardItem* TlibraryOrganizer::matchSections(const QStringList& sections) con
     return nullptr;
 }
 
-QStandardItem* TlibraryOrganizer::findItem(const QStringList& sections, bool allowFetching)
-{
-    if (sections.isEmpty())
-        return nullptr;
-    if (QStandardItem* found = matchSections(sections))
-        return found;
-    if (!allowFetching || sections.size() < 2)
-        return nullptr;
-
-    QStandardItem* parentItem = findItem(sections.mid(0, sections.size() - 1), true);
-    if (!parentItem)
-        return nullptr;
-    const QModelIndex parentIndex = parentItem->index();
-    if (m_model->canFetchMore(parentIndex))
-        m_model->fetchMore(parentIndex);
-    return matchSections(sections);
-}
-
 bool TlibraryOrganizer::selectPath(const QString& path, bool allowFetching)
 {
+    m_pendingSelection.clear();
+    m_pendingFolder.clear();
     const QStringList sections = QDir::fromNativeSeparators(path).split(QLatin1Char('/'), Qt::SkipEmptyParts);
-    QStandardItem* item = findItem(sections, allowFetching);
-    if (!item)
+    if (sections.isEmpty())
         return false;
+    if (QStandardItem* item = matchSections(sections)) {
+        selectItem(item);
+        return true;
+    }
+    if (!allowFetching)
+        return false;
+    if (m_rootChecks > 0) {
+        m_pendingSelection = path;
+        return true;
+    }
 
+    // List the deepest folder on the way that is shown but not listed yet; the search goes on
+    // when its listing comes.
+    for (int count = sections.size() - 1; count >= 1; --count) {
+        QStandardItem* ancestor = matchSections(sections.mid(0, count));
+        if (!ancestor)
+            continue;
+        const QModelIndex index = ancestor->index();
+        if (!m_model->canFetchMore(index))
+            return false;
+        m_pendingSelection = path;
+        m_pendingFolder = ancestor->data(TOrganizerItemModel::FolderPathRole).toString();
+        m_model->fetchMore(index);
+        return true;
+    }
+    return false;
+}
+
+void TlibraryOrganizer::selectItem(QStandardItem* item)
+{
     const QModelIndex index = item->index();
     for (QModelIndex ancestor = index.parent(); ancestor.isValid(); ancestor = ancestor.parent())
         m_view->expand(ancestor);
@@ -250,7 +293,27 @@ bool TlibraryOrganizer::selectPath(const QString& path, bool allowFetching)
     m_view->expand(index);
     m_view->scrollTo(index);
     libraryItemSelected(index);
-    return true;
+}
+
+void TlibraryOrganizer::onFolderListed(const QString& path, bool exists)
+{
+    if (m_pendingSelection.isEmpty() || path != m_pendingFolder)
+        return;
+    if (!exists) {
+        m_pendingSelection.clear();
+        m_pendingFolder.clear();
+        return;
+    }
+    resumePendingSelection();
+}
+
+void TlibraryOrganizer::resumePendingSelection()
+{
+    if (m_pendingSelection.isEmpty() || m_rootChecks > 0)
+        return;
+    // A copy: selectPath starts by dropping the pending path.
+    const QString path = m_pendingSelection;
+    selectPath(path, true);
 }
 
 void TlibraryOrganizer::showLibraryPath(const QString& path)
@@ -275,11 +338,16 @@ void TlibraryOrganizer::tabBecameCurrent()
 
 void TlibraryOrganizer::unselectLibraryItem()
 {
+    m_pendingSelection.clear();
+    m_pendingFolder.clear();
     m_view->selectionModel()->clearSelection();
 }
 
 void TlibraryOrganizer::libraryItemSelected(const QModelIndex& index)
 {
+    // A choice made now replaces one still waiting for a listing.
+    m_pendingSelection.clear();
+    m_pendingFolder.clear();
     const QString path = index.data(TOrganizerItemModel::FolderPathRole).toString();
     if (!path.isEmpty())
         Q_EMIT newPathSelected(path);

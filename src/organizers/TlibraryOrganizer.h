@@ -26,6 +26,10 @@ class TlibraryItemDelegate;
 // root shown as rContentBrowserLibraryUserLibraryName) always stays last. Roots added or
 // removed here are written back to VELA_CONTENT_PATH, so they last as long as the host's
 // process does.
+//
+// The GUI thread never reads the disk here: roots are checked, folders listed and content
+// folders recognised on the model's background pool (see TOrganizerItemModel), and a
+// selection by path that needs folders listed waits for them without blocking.
 class TlibraryOrganizer : public QWidget, public TOrganizerItemModelBuilder
 {
     Q_OBJECT
@@ -43,10 +47,13 @@ public:
     QStandardItem* createFolderItem(const QString& path, QStandardItem* parent, const QString& displayName) override;
 
     // Fills the top level from the environment (see the class comment). A root listed twice
-    // is shown twice.
+    // is shown twice. Which entries name folders is checked in the background: the roots
+    // appear together, in order, when the answer comes.
     void loadLibraryRoots();
     // Adds each path of a ";"-separated list that is not a root yet and names a folder, and
     // appends it to VELA_CONTENT_PATH ("VELA_CONTENT_PATH=" + old value + ";" + path...).
+    // The paths are checked in the background; the items and the variable follow the answer.
+    // A path removed before the answer comes is not added.
     void addLibraryPath(const QString& paths);
     // Removes each path of a ";"-separated list from VELA_CONTENT_PATH (every occurrence; empty
     // entries are dropped too) and removes its root items from the tree.
@@ -57,8 +64,16 @@ public:
     // Selects the folder at path: the item is found by its text and its ancestors' texts
     // (compared case-insensitively, "_" read as " "), listing the folders on the way when
     // allowFetching is set. Selects, expands and reports the item through newPathSelected.
-    // Returns false, changing nothing, when no item matches.
+    // Returns false, changing nothing, when no item matches and none can be listed to find
+    // it. When the item needs folders listed first (or the roots are still being checked),
+    // returns true at once and selects it when the listings come; a later selectPath, a click
+    // or a refresh replaces that pending choice, and it is dropped silently when the folder
+    // turns out not to be there.
     bool selectPath(const QString& path, bool allowFetching = true);
+    // The path a selection is waiting for, empty when none is.
+    QString pendingSelection() const { return m_pendingSelection; }
+    // Whether roots are still being checked in the background.
+    bool loadingRoots() const { return m_rootChecks > 0; }
     // The host's request to show a library folder: selects it, listing folders as needed.
     void showLibraryPath(const QString& path);
     // The selected folder's path, empty when nothing is selected.
@@ -95,8 +110,10 @@ private:
         QString closed;
     };
 
-    QStandardItem* findItem(const QStringList& sections, bool allowFetching);
     QStandardItem* matchSections(const QStringList& sections) const;
+    void selectItem(QStandardItem* item);
+    void onFolderListed(const QString& path, bool exists);
+    void resumePendingSelection();
     void setItemImage(const QModelIndex& index, bool expanded);
 
     const TassetBrowserOptions* m_options = nullptr;
@@ -107,4 +124,12 @@ private:
     QSet<QString> m_rootPaths;
     // Open and closed images by item text, so that a special root could look different.
     QHash<QString, FolderImages> m_folderImages;
+    // Background root checks answer only for the tree they were asked for.
+    quint64 m_generation = 0;
+    int m_rootChecks = 0;
+    QSet<QString> m_rootsBeingAdded;
+    // A selection waiting for m_pendingFolder to be listed (or, when that is empty, for the
+    // roots to be checked).
+    QString m_pendingSelection;
+    QString m_pendingFolder;
 };

@@ -65,7 +65,11 @@ bool TprojectsOrganizer::restoreState(const QString& project, const QString& fol
     }
     m_view->setReselectHostFolder(reselectHostFolder);
     m_view->refresh();
-    return folder.isEmpty() || m_view->selectFolder(folder);
+    // Stored folders are written as the tree shows them, so a folder outside every rule folder
+    // is refused at once; one inside is selected once the disk has answered.
+    if (folder.isEmpty())
+        return true;
+    return m_view->mayHold(folder) && m_view->selectFolder(folder);
 }
 
 bool TprojectsOrganizer::selectFolder(const QString& path)

@@ -35,12 +35,13 @@ public:
     // and whether refreshes reselect the host's folder. A project other than the host's
     // current one is made current only when switchProject is set. Refreshes, then selects
     // folder. Returns false when the host has nothing to show, refuses or does not know the
-    // project, the project is not current and may not be switched to, or folder is not in
-    // the project's tree.
+    // project, the project is not current and may not be switched to, or folder lies in none
+    // of the project's rule folders. The tree and the folder's selection follow when the disk
+    // has answered (see TprojectsOrganizerProjectsView::selectFolder).
     bool restoreState(const QString& project, const QString& folder, bool reselectHostFolder, bool switchProject);
 
-    // Selects the folder at path in the tree (listing folders on the way); false when the
-    // current project's tree does not hold it.
+    // Selects the folder at path in the tree, listing folders on the way in the background;
+    // false for an empty path (see TprojectsOrganizerProjectsView::selectFolder).
     bool selectFolder(const QString& path);
     // The tree's current folder; empty when none.
     QString currentFolder() const;

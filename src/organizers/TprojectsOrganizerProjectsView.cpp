@@ -88,6 +88,7 @@ TprojectsOrganizerProjectsView::TprojectsOrganizerProjectsView(const TassetBrows
     connect(m_folderTree, &QTreeView::expanded, this, [this](const QModelIndex& index) { setFolderImage(index, true); });
     connect(m_folderTree, &QTreeView::collapsed, this, [this](const QModelIndex& index) { setFolderImage(index, false); });
     connect(m_folderTree, &QTreeView::clicked, this, &TprojectsOrganizerProjectsView::sendSignal);
+    connect(m_model, &TOrganizerItemModel::folderListed, this, &TprojectsOrganizerProjectsView::onFolderListed);
 }
 
 TprojectsOrganizerProjectsView::~TprojectsOrganizerProjectsView()
@@ -109,12 +110,12 @@ TabProjectSidebarManager* TprojectsOrganizerProjectsView::sidebarManager() const
 QStandardItem* TprojectsOrganizerProjectsView::createFolderItem(const QString& path, QStandardItem* parent,
                                                                 const QString& displayName)
 {
-    if (!parent || path.isEmpty() || !QFileInfo(path).isDir())
+    if (!parent || path.isEmpty() || !(m_model->isListedFolder(path) || QFileInfo(path).isDir()))
         return nullptr;
     const QString text = displayName.isEmpty() ? QFileInfo(path).fileName() : displayName;
     auto* item = new QStandardItem(TuiScale::icon(m_options, kClosedFolderImage), text);
     item->setToolTip(QDir::toNativeSeparators(path));
-    TOrganizerItemModel::setFolderRoles(item, path);
+    m_model->setFolderRoles(item, path);
     parent->appendRow(item);
     return item;
 }
@@ -124,9 +125,15 @@ void TprojectsOrganizerProjectsView::refresh()
     const bool wasBlocked = m_projectSelector->blockSignals(true);
     m_projectSelector->clear();
     m_model->clear();
+    m_canonicalRoots.clear();
+    m_ruleFolders.clear();
+    ++m_generation;
+    m_rootsPending = false;
 
     TabProjectSidebarManager* manager = sidebarManager();
     if (!manager || !manager->hasActiveProject()) {
+        // An empty tree holds nothing a waiting selection could find.
+        clearPendingSelection();
         m_projectSelector->blockSignals(wasBlocked);
         return;
     }
@@ -154,7 +161,7 @@ void TprojectsOrganizerProjectsView::refresh()
 
     QString projectRoot;
     manager->recentProjectPath(projectRoot);
-    QStringList shown;
+    QStringList candidates;
     for (const QString& rule : rules) {
         if (rule.isEmpty())
             continue;
@@ -164,23 +171,35 @@ void TprojectsOrganizerProjectsView::refresh()
                 continue;
             folder = QDir(projectRoot).filePath(rule);
         }
-        const QFileInfo info(folder);
-        if (!info.isDir())
-            continue;
-        const QString absolute = QDir::cleanPath(info.absoluteFilePath());
-        if (shown.contains(absolute))
-            continue;
-        if (createFolderItem(absolute, m_model->invisibleRootItem(), QDir::toNativeSeparators(absolute)))
-            shown << absolute;
-    }
-
-    if (m_reselectHostFolder) {
-        QString folder;
-        manager->folderToReselect(folder);
-        if (!folder.isEmpty())
-            selectFolder(folder);
+        const QString absolute = QDir::cleanPath(QDir(folder).absolutePath());
+        if (!candidates.contains(absolute))
+            candidates << absolute;
     }
     m_projectSelector->blockSignals(wasBlocked);
+    m_ruleFolders = candidates;
+
+    m_rootsPending = true;
+    const quint64 generation = m_generation;
+    m_model->checkFolders(candidates, [this, generation](const QList<TOrganizerItemModel::FolderFacts>& facts) {
+        if (generation != m_generation)
+            return;
+        m_rootsPending = false;
+        for (const TOrganizerItemModel::FolderFacts& fact : facts) {
+            if (!fact.isDir)
+                continue;
+            if (createFolderItem(fact.path, m_model->invisibleRootItem(), QDir::toNativeSeparators(fact.path)))
+                m_canonicalRoots.insert(fact.path, fact.canonicalPath);
+        }
+        TabProjectSidebarManager* manager = sidebarManager();
+        if (m_reselectHostFolder && manager && m_pendingTarget.isEmpty() && !m_resolvingTarget) {
+            QString folder;
+            manager->folderToReselect(folder);
+            if (!folder.isEmpty())
+                selectFolder(folder);
+        } else {
+            continueSelection();
+        }
+    });
 }
 
 void TprojectsOrganizerProjectsView::onProjectPicked(int index)
@@ -228,37 +247,94 @@ void TprojectsOrganizerProjectsView::openProjectWindow()
 
 bool TprojectsOrganizerProjectsView::selectFolder(const QString& path)
 {
-    const QString target = path.isEmpty() ? QString() : QFileInfo(path).canonicalFilePath();
-    if (target.isEmpty())
+    clearPendingSelection();
+    if (path.isEmpty())
         return false;
+    m_resolvingTarget = true;
+    const quint64 generation = m_selectionGeneration;
+    m_model->checkFolders({path}, [this, generation](const QList<TOrganizerItemModel::FolderFacts>& facts) {
+        if (generation != m_selectionGeneration)
+            return;
+        m_resolvingTarget = false;
+        m_pendingTarget = facts.value(0).canonicalPath;
+        continueSelection();
+    });
+    return true;
+}
 
-    // Walk down from the rule folder that holds the target, listing each level on the way.
+bool TprojectsOrganizerProjectsView::mayHold(const QString& path) const
+{
+    if (path.isEmpty())
+        return false;
+    const QString target = QDir::cleanPath(QDir(path).absolutePath());
+    for (const QString& folder : m_ruleFolders) {
+        if (liesIn(folder, target))
+            return true;
+    }
+    return false;
+}
+
+void TprojectsOrganizerProjectsView::clearPendingSelection()
+{
+    ++m_selectionGeneration;
+    m_resolvingTarget = false;
+    m_pendingTarget.clear();
+    m_pendingFolder.clear();
+}
+
+void TprojectsOrganizerProjectsView::onFolderListed(const QString& path, bool exists)
+{
+    if (m_pendingTarget.isEmpty() || path != m_pendingFolder)
+        return;
+    if (exists)
+        continueSelection();
+    else
+        clearPendingSelection();
+}
+
+void TprojectsOrganizerProjectsView::continueSelection()
+{
+    if (m_pendingTarget.isEmpty() || m_rootsPending)
+        return;
+    const QString target = m_pendingTarget;
+    m_pendingFolder.clear();
+
+    // Walk down from the rule folder that holds the target; a level not listed yet is listed
+    // in the background and the walk goes on from the top when it comes.
     QStandardItem* level = m_model->invisibleRootItem();
     QString levelPath;
     QStandardItem* found = nullptr;
     while (!found) {
-        if (level != m_model->invisibleRootItem() && m_model->canFetchMore(level->index()))
+        if (level != m_model->invisibleRootItem() && m_model->canFetchMore(level->index())) {
+            m_pendingFolder = level->data(TOrganizerItemModel::FolderPathRole).toString();
             m_model->fetchMore(level->index());
+            return;
+        }
         // Only a step down counts, so that a link back up cannot walk in circles.
         QStandardItem* next = nullptr;
         QString nextPath = levelPath;
         for (int row = 0; row < level->rowCount(); ++row) {
             QStandardItem* child = level->child(row);
-            const QString childPath =
-                QFileInfo(child->data(TOrganizerItemModel::FolderPathRole).toString()).canonicalFilePath();
+            const QString folder = child->data(TOrganizerItemModel::FolderPathRole).toString();
+            // Listed subfolders carry their resolved path already; rule folders were resolved
+            // when they were checked.
+            const QString childPath = level == m_model->invisibleRootItem() ? m_canonicalRoots.value(folder, folder) : folder;
             // Rule folders may nest: the deepest one that holds the target wins.
             if (liesIn(childPath, target) && childPath.size() > nextPath.size()) {
                 next = child;
                 nextPath = childPath;
             }
         }
-        if (!next)
-            return false;
+        if (!next) {
+            clearPendingSelection();
+            return;
+        }
         if (nextPath == target)
             found = next;
         level = next;
         levelPath = nextPath;
     }
+    clearPendingSelection();
 
     const QModelIndex index = found->index();
     for (QModelIndex ancestor = index.parent(); ancestor.isValid(); ancestor = ancestor.parent())
@@ -266,7 +342,6 @@ bool TprojectsOrganizerProjectsView::selectFolder(const QString& path)
     m_folderTree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
     m_folderTree->scrollTo(index);
     Q_EMIT newFolderSelected(found->data(TOrganizerItemModel::FolderPathRole).toString());
-    return true;
 }
 
 QString TprojectsOrganizerProjectsView::currentFolder() const
@@ -276,6 +351,8 @@ QString TprojectsOrganizerProjectsView::currentFolder() const
 
 void TprojectsOrganizerProjectsView::sendSignal()
 {
+    // A choice made now replaces one still waiting for the disk.
+    clearPendingSelection();
     const QModelIndex index = m_folderTree->currentIndex();
     if (index.isValid())
         Q_EMIT projectFolderSelected(index);

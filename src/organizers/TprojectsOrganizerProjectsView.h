@@ -2,6 +2,8 @@
 
 #include "TOrganizerItemModelBuilder.h"
 
+#include <QHash>
+
 #include "Tclient.h"
 
 #include <QString>
@@ -22,7 +24,9 @@ class Ttrigger;
 //
 // The host is asked through its TabProjectSidebarManager and its script commands; the view
 // refreshes itself whenever the host fires "workspaceChanged", and after the user picks a
-// project it waits for that event rather than refreshing on its own.
+// project it waits for that event rather than refreshing on its own. Which rule folders exist,
+// where a selected path leads and what each folder holds are read on the model's background
+// pool (see TOrganizerItemModel); the GUI thread only applies the answers.
 class TprojectsOrganizerProjectsView : public QWidget, public Tclient, public TOrganizerItemModelBuilder
 {
     Q_OBJECT
@@ -44,7 +48,8 @@ public:
     // the first listed project current; the tree lists every folder of the rules answered by
     // "np_getPrimaryProjectFileRules 0" that exists, relative rules taken under the project
     // root (the host's recent-project path); then, when asked for, the host's chosen folder is
-    // selected (see setReselectHostFolder).
+    // selected (see setReselectHostFolder). The selector is filled at once; which rule folders
+    // exist is checked in the background, and the tree (and the reselection) follow the answer.
     void refresh();
 
     // Sends "setProjectFromFileDialog", unless an earlier request is still running (the
@@ -55,8 +60,19 @@ public:
 
     // Selects the folder at path (or the folder a link there leads to) when it lies in one
     // of the rule folders, listing the folders on the way; reports it with newFolderSelected.
-    // Returns false, changing nothing, when it is not in the tree.
+    // Returns false, changing nothing, for an empty path. Otherwise the path is resolved and
+    // the folders on the way are listed in the background: returns true at once (or after
+    // selecting, when nothing needs the disk), and the selection follows; a later
+    // selectFolder, a click or a refresh replaces a selection still waiting, and one whose
+    // folder is not in the tree is dropped silently.
     bool selectFolder(const QString& path);
+    // Whether a selection is waiting for the disk.
+    bool selectionPending() const { return !m_pendingTarget.isEmpty() || m_resolvingTarget; }
+    // Whether the tree or a selection still waits for a background answer.
+    bool waitingForDisk() const { return m_rootsPending || selectionPending(); }
+    // Whether path, as written, lies in one of the rule folders of the last refresh (checked
+    // without the disk, so a link from outside into a rule folder does not count).
+    bool mayHold(const QString& path) const;
     // The current folder of the tree; empty when none.
     QString currentFolder() const;
 
@@ -89,6 +105,9 @@ private:
     void onProjectPicked(int index);
     void showHostProject();
     void setFolderImage(const QModelIndex& index, bool expanded);
+    void continueSelection();
+    void onFolderListed(const QString& path, bool exists);
+    void clearPendingSelection();
 
     const TassetBrowserOptions* m_options = nullptr;
     QComboBox* m_projectSelector = nullptr;
@@ -97,4 +116,16 @@ private:
     Ttrigger* m_workspaceChanged = nullptr;
     bool m_busy = false;
     bool m_reselectHostFolder = false;
+    // Rule folders by absolute path, with links resolved, as the background check found them.
+    QHash<QString, QString> m_canonicalRoots;
+    // The rule folders of the last refresh, as written, whether they exist or not.
+    QStringList m_ruleFolders;
+    // Background answers count only for the tree (and the selection) they were asked for.
+    quint64 m_generation = 0;
+    quint64 m_selectionGeneration = 0;
+    bool m_rootsPending = false;
+    bool m_resolvingTarget = false;
+    // The resolved folder a selection waits for, and the folder whose listing it waits on.
+    QString m_pendingTarget;
+    QString m_pendingFolder;
 };

@@ -9,6 +9,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -42,6 +43,31 @@ QStringList rootTexts(const TlibraryOrganizer& organizer)
     for (int row = 0; row < model->rowCount(); ++row)
         texts << model->item(row)->text();
     return texts;
+}
+
+// Waits until the roots have been checked and no selection waits for a listing.
+bool settled(const TlibraryOrganizer& organizer)
+{
+    return QTest::qWaitFor([&] { return !organizer.loadingRoots() && organizer.pendingSelection().isEmpty(); });
+}
+
+// Waits until every item's ContentPathRole has its answer.
+bool contentSettled(const TlibraryOrganizer& organizer)
+{
+    const TOrganizerItemModel* model = organizer.model();
+    return QTest::qWaitFor([&] {
+        QList<const QStandardItem*> pending{model->invisibleRootItem()};
+        while (!pending.isEmpty()) {
+            const QStandardItem* item = pending.takeLast();
+            for (int row = 0; row < item->rowCount(); ++row) {
+                if (!model->contentKnown(item->child(row)->data(TOrganizerItemModel::FolderPathRole).toString()))
+                    return false;
+                pending.append(item->child(row));
+            }
+        }
+        QCoreApplication::processEvents();
+        return true;
+    });
 }
 
 // The texts of the message boxes on screen, each then closed with its Ok button.
@@ -78,6 +104,8 @@ private Q_SLOTS:
     void addAndRemoveWriteTheVariable();
     void selectByPath_data();
     void selectByPath();
+    void waitingSelectionGivesWay_data();
+    void waitingSelectionGivesWay();
     void renameRefusals_data();
     void renameRefusals();
     void rootsCannotBeRenamed();
@@ -155,6 +183,7 @@ void TestLibraryOrganizer::rootsFollowTheEnvironment()
 
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
+    QVERIFY2(settled(organizer), QTest::currentDataTag());
     QVERIFY2(rootTexts(organizer) == roots,
              qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), rootTexts(organizer).join('|'))));
     // Loading only reads the environment.
@@ -195,11 +224,13 @@ void TestLibraryOrganizer::addAndRemoveWriteTheVariable()
     setEnv("VELA_CONTENT_PATH", expand(contentPath));
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
+    QVERIFY2(settled(organizer), QTest::currentDataTag());
 
     if (operation == QLatin1String("add"))
         organizer.addLibraryPath(expand(argument));
     else
         organizer.removeLibraryPath(expand(argument));
+    QVERIFY2(settled(organizer), QTest::currentDataTag());
 
     QVERIFY2(env("VELA_CONTENT_PATH") == expand(written),
              qPrintable(QStringLiteral("%1: %2").arg(QTest::currentDataTag(), env("VELA_CONTENT_PATH"))));
@@ -211,23 +242,30 @@ void TestLibraryOrganizer::selectByPath_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<bool>("allowFetching");
+    QTest::addColumn<bool>("beforeRoots");
+    QTest::addColumn<bool>("answer");
     QTest::addColumn<QString>("selected");
 
+    // answer: what selectPath says at once; true while folders on the way are being listed.
     const QString deep = "$T/lib/Characters/Hero_Rigs/Walk_Cycles";
-    QTest::newRow("three levels down") << deep << true << deep;
-    QTest::newRow("three levels down, no fetching") << deep << false << "";
-    QTest::newRow("a root ending in a slash") << "$T/lib/" << false << "$T/lib";
+    QTest::newRow("three levels down") << deep << true << false << true << deep;
+    QTest::newRow("three levels down, before the roots are in") << deep << true << true << true << deep;
+    QTest::newRow("three levels down, no fetching") << deep << false << false << false << "";
+    QTest::newRow("a root ending in a slash") << "$T/lib/" << false << false << true << "$T/lib";
     QTest::newRow("other case, spaces for underscores")
-        << "$T/LIB/characters/hero rigs" << true << "$T/lib/Characters/Hero_Rigs";
-    QTest::newRow("the same name under another folder") << "$T/lib/Props/Hero_Rigs" << true << "";
-    QTest::newRow("a hidden folder") << "$T/lib/.velaSwatches" << true << "";
-    QTest::newRow("second root") << "$T/other_lib/Characters" << true << "$T/other_lib/Characters";
+        << "$T/LIB/characters/hero rigs" << true << false << true << "$T/lib/Characters/Hero_Rigs";
+    QTest::newRow("the same name under another folder") << "$T/lib/Props/Hero_Rigs" << true << false << true << "";
+    QTest::newRow("a hidden folder") << "$T/lib/.velaSwatches" << true << false << true << "";
+    QTest::newRow("under no root") << "$T/elsewhere/Characters" << true << false << false << "";
+    QTest::newRow("second root") << "$T/other_lib/Characters" << true << false << true << "$T/other_lib/Characters";
 }
 
 void TestLibraryOrganizer::selectByPath()
 {
     QFETCH(QString, path);
     QFETCH(bool, allowFetching);
+    QFETCH(bool, beforeRoots);
+    QFETCH(bool, answer);
     QFETCH(QString, selected);
 
     QVERIFY(TtestFiles::makeAll(m_root, {"lib/Characters/Hero_Rigs/Walk_Cycles/", "lib/Props/", "lib/.velaSwatches/x/",
@@ -237,11 +275,13 @@ void TestLibraryOrganizer::selectByPath()
     organizer.loadLibraryRoots();
     organizer.resize(300, 400);
     organizer.show();
+    const QString tag = QString::fromLatin1(QTest::currentDataTag());
+    if (!beforeRoots)
+        QVERIFY2(settled(organizer), qPrintable(tag));
     QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
 
-    const bool found = organizer.selectPath(expand(path), allowFetching);
-    const QString tag = QString::fromLatin1(QTest::currentDataTag());
-    QVERIFY2(found == !selected.isEmpty(), qPrintable(tag));
+    QVERIFY2(organizer.selectPath(expand(path), allowFetching) == answer, qPrintable(tag));
+    QVERIFY2(settled(organizer), qPrintable(tag));
     QVERIFY2(organizer.selectedFolder() == expand(selected), qPrintable(tag + ": " + organizer.selectedFolder()));
     if (selected.isEmpty()) {
         QVERIFY2(chosen.isEmpty(), qPrintable(tag));
@@ -255,6 +295,64 @@ void TestLibraryOrganizer::selectByPath()
     QVERIFY2(organizer.view()->selectionModel()->selectedIndexes() == QModelIndexList{current}, qPrintable(tag));
     for (QModelIndex index = current; index.isValid(); index = index.parent())
         QVERIFY2(organizer.view()->isExpanded(index), qPrintable(tag));
+}
+
+void TestLibraryOrganizer::waitingSelectionGivesWay_data()
+{
+    QTest::addColumn<QString>("then");
+    QTest::addColumn<QString>("selected");
+
+    QTest::newRow("nothing else") << "" << "$T/lib/Deep/er";
+    QTest::newRow("another selection by path") << "select" << "$T/other";
+    QTest::newRow("a click on another folder") << "click" << "$T/other";
+    QTest::newRow("the selection cleared") << "unselect" << "";
+    QTest::newRow("a refresh") << "refresh" << "";
+    QTest::newRow("the folder on the way deleted") << "delete" << "";
+}
+
+void TestLibraryOrganizer::waitingSelectionGivesWay()
+{
+    // A selection waiting for a listing must never override what the user did meanwhile.
+    QFETCH(QString, then);
+    QFETCH(QString, selected);
+    const QString tag = QString::fromLatin1(QTest::currentDataTag());
+
+    QVERIFY(TtestFiles::makeAll(m_root, {"lib/Deep/er/", "other/"}));
+    setEnv("VELA_CONTENT_PATH", m_root + "/lib;" + m_root + "/other");
+    TlibraryOrganizer organizer(nullptr);
+    organizer.resize(300, 400);
+    organizer.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&organizer));
+    organizer.loadLibraryRoots();
+    QVERIFY2(settled(organizer), qPrintable(tag));
+    QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
+
+    QVERIFY2(organizer.selectPath(m_root + "/lib/Deep/er"), qPrintable(tag));
+    QVERIFY2(!organizer.pendingSelection().isEmpty(), qPrintable(tag));
+    if (then == QLatin1String("select")) {
+        QVERIFY2(organizer.selectPath(m_root + "/other"), qPrintable(tag));
+    } else if (then == QLatin1String("click")) {
+        QTreeView* view = organizer.view();
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(organizer.model()->index(1, 0)).center());
+    } else if (then == QLatin1String("unselect")) {
+        organizer.unselectLibraryItem();
+    } else if (then == QLatin1String("refresh")) {
+        organizer.refreshLibrary();
+    } else if (then == QLatin1String("delete")) {
+        QVERIFY2(QDir(m_root + "/lib").removeRecursively(), qPrintable(tag));
+    }
+
+    // Every listing asked for has come and been applied.
+    QTRY_VERIFY2(!organizer.model()->isListing(m_root + "/lib") && !organizer.model()->isListing(m_root + "/lib/Deep")
+                     && !organizer.loadingRoots(),
+                 qPrintable(tag));
+    QVERIFY2(settled(organizer), qPrintable(tag));
+    QVERIFY2(organizer.selectedFolder() == expand(selected), qPrintable(tag + ": " + organizer.selectedFolder()));
+    QStringList reported;
+    for (const QList<QVariant>& signal : std::as_const(chosen))
+        reported << signal.first().toString();
+    const QStringList expected = selected.isEmpty() ? QStringList{} : QStringList{expand(selected)};
+    QVERIFY2(reported == expected, qPrintable(tag + ": " + reported.join(',')));
 }
 
 void TestLibraryOrganizer::renameRefusals_data()
@@ -297,7 +395,11 @@ void TestLibraryOrganizer::renameRefusals()
     organizer.show();
     QVERIFY(QTest::qWaitForWindowActive(&organizer));
     QVERIFY(organizer.selectPath(m_root + "/other/Scenes"));
+    QVERIFY(settled(organizer));
     QVERIFY(organizer.selectPath(m_root + "/lib/Mine/inner"));
+    QVERIFY(settled(organizer));
+    QCOMPARE(organizer.selectedFolder(), m_root + "/lib/Mine/inner");
+    QVERIFY(contentSettled(organizer));
     QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
 
     QStandardItem* mine = organizer.model()->findItemsByText(QStringLiteral("Mine")).value(0);
@@ -328,7 +430,7 @@ void TestLibraryOrganizer::renameRefusals()
         QVERIFY2(chosen.size() == 1 && chosen.first().first().toString() == pathAfter, qPrintable(tag));
         if (organizer.model()->canFetchMore(mine->index()))
             organizer.model()->fetchMore(mine->index());
-        QVERIFY2(mine->rowCount() == 1, qPrintable(tag));
+        QTRY_VERIFY2(mine->rowCount() == 1, qPrintable(tag));
         QVERIFY2(mine->child(0)->data(TOrganizerItemModel::FolderPathRole).toString() == pathAfter + "/inner",
                  qPrintable(tag));
     } else {
@@ -342,7 +444,9 @@ void TestLibraryOrganizer::rootsCannotBeRenamed()
     setEnv("VELA_CONTENT_PATH", m_root + "/lib");
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
+    QVERIFY(settled(organizer));
     organizer.model()->fetchMore(organizer.model()->index(0, 0));
+    QTRY_COMPARE(organizer.model()->item(0)->rowCount(), 1);
     QVERIFY(!(organizer.model()->item(0)->flags() & Qt::ItemIsEditable));
     QVERIFY(organizer.model()->item(0)->child(0)->flags() & Qt::ItemIsEditable);
 }
@@ -354,9 +458,12 @@ void TestLibraryOrganizer::refreshRebuildsFromTheEnvironment()
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
     QVERIFY(organizer.selectPath(m_root + "/a/x"));
+    QVERIFY(settled(organizer));
+    QCOMPARE(organizer.selectedFolder(), m_root + "/a/x");
 
     setEnv("VELA_CONTENT_PATH", m_root + "/b;" + m_root + "/a");
     organizer.refreshLibrary();
+    QVERIFY(settled(organizer));
     QCOMPARE(rootTexts(organizer), (QStringList{"b", "a"}));
     QCOMPARE(organizer.selectedFolder(), QString());
     QVERIFY(!organizer.view()->currentIndex().isValid());
@@ -369,11 +476,13 @@ void TestLibraryOrganizer::tabChangeReportsTheSelection()
     setEnv("VELA_CONTENT_PATH", m_root + "/a");
     TlibraryOrganizer organizer(nullptr);
     organizer.loadLibraryRoots();
+    QVERIFY(settled(organizer));
     QSignalSpy chosen(&organizer, &TlibraryOrganizer::newPathSelected);
 
     organizer.tabBecameCurrent();
     QCOMPARE(chosen.size(), 0);
     QVERIFY(organizer.selectPath(m_root + "/a/x"));
+    QVERIFY(settled(organizer));
     organizer.tabBecameCurrent();
     QCOMPARE(chosen.size(), 2);
     QCOMPARE(chosen.last().first().toString(), m_root + "/a/x");

@@ -1,4 +1,5 @@
 #include "TOrganizerItemModel.h"
+#include "TfolderChildProbe.h"
 #include "TprojectsOrganizer.h"
 #include "TprojectsOrganizerProjectsView.h"
 #include "TrecordingHost.h"
@@ -11,12 +12,14 @@
 
 #include <QComboBox>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStandardItem>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 #include <QTreeView>
 
 #include <memory>
@@ -31,6 +34,12 @@ QStringList selectorEntries(const QComboBox* selector)
     for (int i = 0; i < selector->count(); ++i)
         entries << selector->itemText(i);
     return entries;
+}
+
+// Waits until the tree and any selection have their background answers.
+bool settled(const TprojectsOrganizerProjectsView* view)
+{
+    return QTest::qWaitFor([&] { return !view->waitingForDisk(); });
 }
 
 QStringList topLevelPaths(const TOrganizerItemModel* model)
@@ -62,6 +71,8 @@ private Q_SLOTS:
     void reselectsTheHostFolder();
     void restoreState_data();
     void restoreState();
+    void selectionWaitsForTheDisk_data();
+    void selectionWaitsForTheDisk();
 
 private:
     QString expand(QString text) const { return text.replace(QLatin1String("$T"), m_root); }
@@ -169,6 +180,7 @@ void TestProjectsOrganizer::refreshFillsSelectorAndTree()
     m_host.calls.clear();
     TcommandEngine::clearRecord();
     view.refresh();
+    QVERIFY2(settled(&view), qPrintable(tag));
 
     QComboBox* selector = view.projectSelector();
     QVERIFY2(selectorEntries(selector) == (active ? projects : QStringList{}), qPrintable(tag));
@@ -236,12 +248,14 @@ void TestProjectsOrganizer::workspaceChangedRefreshes()
         QCOMPARE(view.model()->rowCount(), 0);
 
         workspace->fire();
+        QVERIFY(settled(&view));
         QCOMPARE(topLevelPaths(view.model()), (QStringList{m_root + "/proj/scenes", m_root + "/proj/assets"}));
         QCOMPARE(view.projectSelector()->currentText(), QStringLiteral("Beta"));
 
         m_host.current = QStringLiteral("Alpha");
         answerRules({"renders"});
         workspace->fire();
+        QVERIFY(settled(&view));
         QCOMPARE(topLevelPaths(view.model()), QStringList{m_root + "/proj/renders"});
         QCOMPARE(view.projectSelector()->currentText(), QStringLiteral("Alpha"));
     }
@@ -320,6 +334,7 @@ void TestProjectsOrganizer::reselectsTheHostFolder()
     QSignalSpy chosen(&organizer, &TprojectsOrganizer::newPathSelected);
     m_host.calls.clear();
     organizer.refresh();
+    QVERIFY2(settled(organizer.projectsView()), qPrintable(tag));
 
     QVERIFY2(organizer.currentFolder() == expand(selected), qPrintable(tag + ": " + organizer.currentFolder()));
     QVERIFY2(m_host.calls.contains("folderToReselect") == reselect, qPrintable(tag));
@@ -379,12 +394,68 @@ void TestProjectsOrganizer::restoreState()
 
     const bool result = organizer.restoreState(project, expand(folder), true, switchProject);
     QVERIFY2(result == restored, qPrintable(tag));
+    QVERIFY2(settled(organizer.projectsView()), qPrintable(tag));
     QVERIFY2(m_host.current == currentAfter, qPrintable(tag + ": " + m_host.current));
     QVERIFY2(organizer.currentFolder() == expand(folderAfter), qPrintable(tag + ": " + organizer.currentFolder()));
     if (restored) {
         QVERIFY2(organizer.reselectHostFolder(), qPrintable(tag));
         QVERIFY2(organizer.projectsView()->projectSelector()->currentText() == currentAfter, qPrintable(tag));
     }
+}
+
+void TestProjectsOrganizer::selectionWaitsForTheDisk_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("then");
+    QTest::addColumn<QStringList>("reported");
+
+    const QString lighting = "$T/proj/scenes/shot_010/lighting";
+    QTest::newRow("two levels down") << lighting << "" << QStringList{lighting};
+    QTest::newRow("through a link from outside") << "$T/shortcut/lighting" << "" << QStringList{lighting};
+    QTest::newRow("a missing folder") << "$T/proj/scenes/nothing" << "" << QStringList{};
+    QTest::newRow("a later selection wins") << lighting << "select" << QStringList{"$T/proj/assets/props"};
+    QTest::newRow("a click wins") << lighting << "click" << QStringList{};
+    QTest::newRow("a refresh keeps it") << lighting << "refresh" << QStringList{lighting};
+}
+
+void TestProjectsOrganizer::selectionWaitsForTheDisk()
+{
+    QFETCH(QString, target);
+    QFETCH(QString, then);
+    QFETCH(QStringList, reported);
+    const QString tag = QString::fromLatin1(QTest::currentDataTag());
+
+    QVERIFY(QFile::link(m_root + "/proj/scenes/shot_010", m_root + "/shortcut"));
+    TprojectsOrganizerProjectsView view(&m_options);
+    view.resize(300, 400);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    view.refresh();
+    QVERIFY2(settled(&view), qPrintable(tag));
+    QSignalSpy selected(&view, &TprojectsOrganizerProjectsView::newFolderSelected);
+    QSignalSpy clicked(&view, &TprojectsOrganizerProjectsView::projectFolderSelected);
+
+    QVERIFY2(view.selectFolder(expand(target)), qPrintable(tag));
+    QVERIFY2(view.selectionPending(), qPrintable(tag));
+    if (then == QLatin1String("select")) {
+        view.selectFolder(m_root + "/proj/assets/props");
+    } else if (then == QLatin1String("click")) {
+        QTreeView* tree = view.folderTree();
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(view.model()->index(1, 0)).center());
+        QVERIFY2(clicked.size() == 1, qPrintable(tag));
+    } else if (then == QLatin1String("refresh")) {
+        view.refresh();
+    }
+
+    QVERIFY2(settled(&view), qPrintable(tag));
+    QVERIFY(TfolderChildProbe::threadPool()->waitForDone(10000));
+    QCoreApplication::processEvents();
+    QStringList got;
+    for (const QList<QVariant>& signal : std::as_const(selected))
+        got << signal.first().toString();
+    QVERIFY2(got == expandAll(reported), qPrintable(tag + ": " + got.join(',')));
+    const QString current = then == QLatin1String("click") ? m_root + "/proj/assets" : expandAll(reported).value(0);
+    QVERIFY2(view.currentFolder() == current, qPrintable(tag + ": " + view.currentFolder()));
 }
 
 QTEST_MAIN(TestProjectsOrganizer)

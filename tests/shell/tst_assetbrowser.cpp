@@ -299,7 +299,8 @@ void TstAssetBrowser::libraryOperationsReachTheLibrary()
     AssetBrowser* browser = make(m_host->options());
     const QString extra = m_dir->filePath(QStringLiteral("props"));
     browser->addLibraryPath(T(extra));
-    QVERIFY(Tstring_toQString(VelaGetEnv(Tstring("VELA_CONTENT_PATH"))).contains(extra));
+    // The folder is checked in the background before it is written.
+    QTRY_VERIFY(Tstring_toQString(VelaGetEnv(Tstring("VELA_CONTENT_PATH"))).contains(extra));
     browser->removeLibraryPath(T(extra));
     QVERIFY(!Tstring_toQString(VelaGetEnv(Tstring("VELA_CONTENT_PATH"))).contains(extra));
     browser->sidePanel()->tabWidget()->setCurrentIndex(browser->sidePanel()->tabIndex(TreeViewPane::SystemTab));
