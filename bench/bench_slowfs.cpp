@@ -187,7 +187,7 @@ int measure(const QString& root, int expected, int limitMs)
 
     meter.reset();
     pane->setListViewRootIndex(scenes);
-    bool done = runUntil([&] { return pane->proxy()->rowCount(view->rootIndex()) >= expected; }, limitMs);
+    bool done = runUntil([&] { return pane->viewModel()->rowCount(view->rootIndex()) >= expected; }, limitMs);
     runFor(300);
     report("open the folder", done);
 
@@ -203,7 +203,7 @@ int measure(const QString& root, int expected, int limitMs)
     meter.reset();
     bar->setValue(bar->minimum());
     runFor(50);
-    const QModelIndex first = pane->proxy()->mapFromSource(pane->fileModel()->index(scenes + "/scene_0000.vela"));
+    const QModelIndex first = pane->fromProxy(pane->proxy()->mapFromSource(pane->fileModel()->index(scenes + "/scene_0000.vela")));
     const QRect rect = view->visualRect(first);
     QTest::mouseMove(view->viewport(), rect.center());
     runFor(1500);

@@ -219,7 +219,7 @@ void TstHostJourneys::screenshotWaitsForTheListing()
     QCOMPARE(finished.first().at(1).toBool(), false);
     // By then every entry of the folder was listed.
     auto* browser = qobject_cast<AssetBrowser*>(m_window->browser());
-    QCOMPARE(browser->contentPane()->proxy()->rowCount(browser->contentPane()->listWidget()->listView()->rootIndex()), 5);
+    QCOMPARE(browser->contentPane()->viewModel()->rowCount(browser->contentPane()->listWidget()->listView()->rootIndex()), 5);
     QVERIFY(!QImage(file).isNull());
 }
 
