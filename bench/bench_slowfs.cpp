@@ -19,6 +19,7 @@
 #include "TfileSystemModel.h"
 #include "ThostMainWindow.h"
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 #include "TreeViewPane.h"
 
 #include <QApplication>

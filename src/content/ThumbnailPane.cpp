@@ -463,8 +463,11 @@ QStringList ThumbnailPane::selectedPaths() const
         return QStringList();
     const QModelIndexList indexes = isTreeViewVisible() ? selection->selectedRows(nameColumn) : selection->selectedIndexes();
     QStringList paths;
-    for (const QModelIndex& index : indexes)
-        paths << pathOf(index);
+    for (const QModelIndex& index : indexes) {
+        // The grid's select-all takes every column of each row: one path per row.
+        if (index.column() == nameColumn)
+            paths << pathOf(index);
+    }
     return paths;
 }
 
@@ -749,8 +752,10 @@ void ThumbnailPane::selectionChanged(QItemSelection selected, QItemSelection des
     if (!selection)
         selection = visibleView()->selectionModel();
     QString path;
-    if (!selected.isEmpty()) {
-        path = pathOf(selected.indexes().constFirst());
+    // A range over rows that cannot be selected (an undecodable name) holds no index.
+    const QModelIndexList newlySelected = selected.indexes();
+    if (!newlySelected.isEmpty()) {
+        path = pathOf(newlySelected.constFirst());
     } else if (selection) {
         const QModelIndexList all = selection->selectedIndexes();
         if (!all.isEmpty())

@@ -168,6 +168,11 @@ void TundecodableNamesProxy::setSourceModel(QAbstractItemModel* source)
 
 void TundecodableNamesProxy::setFolder(const QModelIndex& sourceFolder)
 {
+    // Shown again (a refresh): the rows stay while the folder is read again.
+    if (sourceFolder.isValid() && sourceFolder == m_folder) {
+        rescan();
+        return;
+    }
     removeAllRows();
     m_found.clear();
     m_folder = sourceFolder;

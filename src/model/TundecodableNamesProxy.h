@@ -56,7 +56,8 @@ public:
 
     // The folder whose undecodable entries are appended: an index of the source model whose
     // QFileSystemModel::FilePathRole is its path. The rows of the folder shown before go at
-    // once; the new folder's follow when read. An invalid index shows none.
+    // once; the new folder's follow when read. An invalid index shows none. The folder shown
+    // already keeps its rows and is read again.
     void setFolder(const QModelIndex& sourceFolder);
     QString folderPath() const { return m_folderPath; }
     // Reads the shown folder again in the background; rows come and go with what it finds.

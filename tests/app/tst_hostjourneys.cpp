@@ -13,6 +13,7 @@
 #include "ThostMainWindow.h"
 #include "ThostScreenshot.h"
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 #include "SearchToolbar.h"
 #include "ThostConsole.h"
 #include "TrecordingHost.h"

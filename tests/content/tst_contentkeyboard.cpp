@@ -13,6 +13,7 @@
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 #include "TreeViewPane.h"
 #include "TrecordingHost.h"
 

@@ -15,6 +15,7 @@
 #include "TfavoritesOrganizer.h"
 #include "TfileSystemModel.h"
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 #include "TreeViewPane.h"
 #include "TrecordingHost.h"
 

@@ -5,6 +5,7 @@
 #include "TfileSystemModel.h"
 #include "ThumbnailFileIconProvider.h"
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 #include "TpoolBlocker.h"
 #include "TrecordingHost.h"
 #include "TthumbnailService.h"

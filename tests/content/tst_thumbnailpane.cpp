@@ -1,4 +1,5 @@
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 
 #include "BrowserListView.h"
 #include "BrowserTreeView.h"

@@ -16,16 +16,22 @@
 #include <QFile>
 #include <QFileSystemModel>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QLocale>
 #include <QMenu>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWindow>
 
+#include <algorithm>
 #include <memory>
 
+#include <cstdio>
+
 #include <fcntl.h>
+#include <ftw.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -46,6 +52,17 @@ bool makeFile(const QByteArray& folder, const QByteArray& name, int bytes = 0)
 bool makeFolder(const QByteArray& folder, const QByteArray& name)
 {
     return ::mkdir((folder + '/' + name).constData(), 0755) == 0;
+}
+
+int removeEntry(const char* path, const struct stat*, int, struct FTW*)
+{
+    return ::remove(path);
+}
+
+// Qt's own removal cannot see these names either: the scratch folder is emptied byte-wise.
+void removeTree(const QString& folder)
+{
+    ::nftw(QFile::encodeName(folder).constData(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
 }
 
 QString decoded(const QByteArray& name)
@@ -115,6 +132,8 @@ void TestUndecodableNamesProxy::cleanup()
     while (QWidget* popup = QApplication::activePopupWidget())
         popup->close();
     m_pane.reset();
+    if (m_dir)
+        removeTree(m_dir->path());
     m_dir.reset();
     m_host.reset();
     m_fresh.reset();
@@ -153,10 +172,14 @@ void TestUndecodableNamesProxy::click(const QModelIndex& index, bool twice)
     QRect rect = view()->visualRect(index);
     // In the list, on the name rather than the middle of the row.
     const QPoint at = m_pane->isTreeViewVisible() ? QPoint(rect.left() + 30, rect.center().y()) : rect.center();
+    // Through the window, as the platform delivers a real click and double-click.
+    QWindow* window = m_pane->window()->windowHandle();
+    const QPoint inWindow = view()->viewport()->mapTo(m_pane->window(), at);
+    QTest::mouseMove(window, inWindow);
     if (twice)
-        QTest::mouseDClick(view()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+        QTest::mouseDClick(window, Qt::LeftButton, Qt::NoModifier, inWindow);
     else
-        QTest::mouseClick(view()->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+        QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, inWindow);
 }
 
 void TestUndecodableNamesProxy::readFolderLists_data()
@@ -274,6 +297,7 @@ void TestUndecodableNamesProxy::listedAfterTheRealRows()
     QSignalSpy clicked(m_pane.get(), &ThumbnailPane::newPathClicked);
     click(file, false);
     QVERIFY2(m_pane->selectedPaths().isEmpty(), qPrintable(m_pane->selectedPaths().join(u'|')));
+    QVERIFY2(view()->currentIndex() == file, tag);
     for (const QList<QVariant>& signal : std::as_const(clicked))
         QVERIFY2(signal.at(0).toString().isEmpty(), tag);
     view()->setFocus();
@@ -333,7 +357,7 @@ void TestUndecodableNamesProxy::followsTheDisk()
     } else {
         QVERIFY2(!doorRow.isValid(), tag);
     }
-    QCOMPARE(m_pane->viewModel()->undecodableCount(), int(after.filter(QChar::ReplacementCharacter).size()));
+    QCOMPARE(m_pane->viewModel()->undecodableCount(), int(after.filter(QString(QChar::ReplacementCharacter)).size()));
 }
 
 void TestUndecodableNamesProxy::searchNarrowsThem_data()
@@ -442,13 +466,16 @@ void TestUndecodableNamesProxy::nothingActsOnThem()
     if (action == QLatin1String("double-click")) {
         click(extra, true);
     } else if (action == QLatin1String("enter")) {
+        // What Enter on the view runs (the browser binds the key).
         view()->setCurrentIndex(extra);
-        QTest::keyClick(view(), Qt::Key_Return);
+        m_pane->openCurrentItem();
     } else if (action == QLatin1String("f2")) {
         view()->setCurrentIndex(extra);
         QTest::keyClick(view(), Qt::Key_F2);
         m_pane->renameSelectedItem();
-        QVERIFY2(view()->state() != QAbstractItemView::EditingState, tag);
+        const QList<QLineEdit*> editors = view()->viewport()->findChildren<QLineEdit*>();
+        QVERIFY2(std::none_of(editors.cbegin(), editors.cend(), [](const QLineEdit* edit) { return edit->isVisible(); }),
+                 tag);
     } else if (action == QLatin1String("menu")) {
         QTest::mouseClick(view()->viewport(), Qt::RightButton, Qt::NoModifier, view()->visualRect(extra).center());
         m_pane->openContextMenuAtCurrent();
@@ -459,6 +486,7 @@ void TestUndecodableNamesProxy::nothingActsOnThem()
         menu->close();
     } else {
         view()->setCurrentIndex(row(0));
+        clicked.clear();
         QTest::keyClick(view(), detailList ? Qt::Key_Down : Qt::Key_Right);
         QVERIFY2(view()->currentIndex() == extra, tag);
     }
