@@ -3,6 +3,8 @@
 #include "TbrowserStrings.h"
 #include "TfileSystemModel.h"
 #include "ThumbnailFileIconProvider.h"
+#include "TprefOptionVar.h"
+#include "Tstring.h"
 
 #include <QBrush>
 #include <QCoreApplication>
@@ -30,6 +32,18 @@
 namespace {
 
 const TstringId kUndecodableName("kContentBrowserUndecodableName");
+const char* const filterExtensionsKey = "contentBrowserFilterExtensions";
+// While a folder's rows keep changing, it is read again at most this often.
+constexpr int rowsChangedDelayMs = 250;
+
+// The extensions the filter proxy hides now, with its default.
+QString hiddenExtensions()
+{
+    Tstring extensions("icon");
+    if (TprefOptionVar::optionVarExists(Tstring(filterExtensionsKey)))
+        TprefOptionVar::getOptionVarValue(Tstring(filterExtensionsKey), extensions);
+    return Tstring_toQString(extensions);
+}
 
 // One thread: the shown folder is the only one read, and the listing needs the disk too.
 QThreadPool* readPool()
@@ -112,6 +126,9 @@ TundecodableNamesProxy::TundecodableNamesProxy(QObject* parent)
     : QIdentityProxyModel(parent)
     , m_shared(std::make_shared<Shared>())
 {
+    m_rowsChanged.setSingleShot(true);
+    m_rowsChanged.setInterval(rowsChangedDelayMs);
+    connect(&m_rowsChanged, &QTimer::timeout, this, &TundecodableNamesProxy::scheduleScan);
 }
 
 TundecodableNamesProxy::~TundecodableNamesProxy()
@@ -151,8 +168,8 @@ void TundecodableNamesProxy::setSourceModel(QAbstractItemModel* source)
         ++m_generation;
     });
     auto rowsChanged = [this](const QModelIndex& parent) {
-        if (m_folder.isValid() && parent == m_folder)
-            scheduleScan();
+        if (m_folder.isValid() && parent == m_folder && !m_rowsChanged.isActive())
+            m_rowsChanged.start();
     };
     connect(source, &QAbstractItemModel::rowsInserted, this, rowsChanged);
     connect(source, &QAbstractItemModel::rowsRemoved, this, rowsChanged);
@@ -471,11 +488,12 @@ void TundecodableNamesProxy::startScan()
     const QString folder = m_folderPath;
     const QByteArray native = QFile::encodeName(folder);
     const quint64 generation = m_generation;
+    const QString extensions = hiddenExtensions();
     const QPointer<TundecodableNamesProxy> self(this);
-    readPool()->start([shared, folder, native, generation, self] {
+    readPool()->start([shared, folder, native, extensions, generation, self] {
         if (shared->cancelled)
             return;
-        QVector<Entry> found = readFolder(native, &shared->cancelled);
+        QVector<Entry> found = readFolder(native, extensions, &shared->cancelled);
         if (shared->cancelled)
             return;
         QMetaObject::invokeMethod(
@@ -599,9 +617,14 @@ void TundecodableNamesProxy::onSourceRowsAboutToBeRemoved(const QModelIndex& par
 }
 
 QVector<TundecodableNamesProxy::Entry> TundecodableNamesProxy::readFolder(const QByteArray& path,
+                                                                          const QString& extensions,
                                                                           const std::atomic_bool* stop)
 {
     QVector<Entry> found;
+    // As the filter proxy builds it: matched against the name from its first dot on.
+    const QRegularExpression extension(QStringLiteral(".*\\.(") + extensions + QLatin1Char(')'),
+                                       QRegularExpression::CaseInsensitiveOption);
+    const bool byExtension = !extensions.isEmpty() && extension.isValid();
     DIR* dir = ::opendir(path.constData());
     if (!dir)
         return found;
@@ -621,6 +644,9 @@ QVector<TundecodableNamesProxy::Entry> TundecodableNamesProxy::readFolder(const 
         entry.native = native;
         entry.name = QString::fromUtf8(native);
         if (hiddenName(entry.name))
+            continue;
+        const qsizetype dot = entry.name.indexOf(QLatin1Char('.'));
+        if (byExtension && dot >= 0 && extension.match(entry.name.mid(dot)).hasMatch())
             continue;
         struct stat info;
         // Never opened: a FIFO or a device answers lstat without blocking.

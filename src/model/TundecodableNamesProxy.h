@@ -8,6 +8,7 @@
 #include <QPersistentModelIndex>
 #include <QRegularExpression>
 #include <QString>
+#include <QTimer>
 #include <QVector>
 
 #include <atomic>
@@ -30,9 +31,10 @@
 // Threads: every member is called on the GUI thread. The folder is read (opendir/readdir on
 // its native path, then lstat of each undecodable name) on a pool thread of its own; the
 // answer comes back queued and is dropped when the folder shown changed meanwhile. A read is
-// started when the folder is set, on rescan(), and when the source's rows of that folder
-// change or its listing completes; at most one runs at a time, and changes during a read ask
-// for one more afterwards.
+// started when the folder is set, on rescan(), when the folder's listing completes, and at
+// most every quarter second while the source's rows of that folder change (a large folder
+// arrives in many batches); at most one runs at a time, and changes during a read ask for one
+// more afterwards.
 // Cancelling: destroying the model makes a queued read skip and a running one stop at its
 // next entry; their answers are dropped.
 // Memory: at most maxRows entries for the one folder shown.
@@ -73,7 +75,7 @@ public:
     // How many rows are appended now.
     int undecodableCount() const { return int(m_rows.size()); }
     // Whether a read of the folder is under way or asked for.
-    bool isScanning() const { return m_scanning; }
+    bool isScanning() const { return m_scanning || m_rescanWanted || m_scanQueued || m_rowsChanged.isActive(); }
 
     QModelIndex mapToSource(const QModelIndex& proxyIndex) const override;
     QItemSelection mapSelectionToSource(const QItemSelection& selection) const override;
@@ -107,9 +109,11 @@ public:
         QString genericIconName;
     };
     // Reads path (native bytes) as the pool thread does: the entries whose names do not
-    // survive decoding, hidden names left out, at most maxRows, in byte order. stop is
-    // polled between entries.
-    static QVector<Entry> readFolder(const QByteArray& path, const std::atomic_bool* stop = nullptr);
+    // survive decoding, hidden names left out, at most maxRows, in byte order. extensions: an
+    // alternation of hidden extensions, as the host's "contentBrowserFilterExtensions" (empty
+    // or invalid hides none). stop is polled between entries.
+    static QVector<Entry> readFolder(const QByteArray& path, const QString& extensions = QString(),
+                                     const std::atomic_bool* stop = nullptr);
 
 Q_SIGNALS:
     void rootPathChanged(QString newPath);
@@ -147,6 +151,7 @@ private:
     bool m_scanning = false;
     bool m_rescanWanted = false;
     bool m_scanQueued = false;
+    QTimer m_rowsChanged;
     quint64 m_generation = 0;
     mutable QHash<QString, QIcon> m_icons;
     mutable const void* m_iconsFor = nullptr;

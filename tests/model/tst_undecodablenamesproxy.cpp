@@ -187,19 +187,25 @@ void TestUndecodableNamesProxy::readFolderLists_data()
     QTest::addColumn<QByteArray>("name");
     QTest::addColumn<bool>("folder");
     QTest::addColumn<bool>("listed");
+    QTest::addColumn<QString>("extensions");
 
-    QTest::newRow("latin-1 file") << cafe << false << true;
-    QTest::newRow("latin-1 folder") << door << true << true;
-    QTest::newRow("lone continuation byte") << QByteArray("\x80x.vela") << false << true;
-    QTest::newRow("cut-off sequence") << QByteArray("caf\xc3") << false << true;
-    QTest::newRow("overlong slash") << QByteArray("a\xc0\xaf" "b") << false << true;
-    QTest::newRow("valid UTF-8") << QByteArray("caf\xc3\xa9.png") << false << false;
-    QTest::newRow("plain ASCII") << QByteArray("crate.vela") << false << false;
-    QTest::newRow("hidden dot name") << QByteArray(".\xe9t\xe9") << false << false;
-    QTest::newRow("hidden dot folder") << QByteArray(".\xff") << true << false;
-    QTest::newRow("double underscore") << QByteArray("__\xe9" "cache") << true << false;
-    QTest::newRow("resource script") << QByteArray("ic\xf4ne_res.py") << false << false;
-    QTest::newRow("dot then a space") << QByteArray(". \xe9") << false << true;
+    QTest::newRow("latin-1 file") << cafe << false << true << "icon";
+    QTest::newRow("latin-1 folder") << door << true << true << "icon";
+    QTest::newRow("lone continuation byte") << QByteArray("\x80x.vela") << false << true << "icon";
+    QTest::newRow("cut-off sequence") << QByteArray("caf\xc3") << false << true << "icon";
+    QTest::newRow("overlong slash") << QByteArray("a\xc0\xaf" "b") << false << true << "icon";
+    QTest::newRow("valid UTF-8") << QByteArray("caf\xc3\xa9.png") << false << false << "icon";
+    QTest::newRow("plain ASCII") << QByteArray("crate.vela") << false << false << "icon";
+    QTest::newRow("hidden dot name") << QByteArray(".\xe9t\xe9") << false << false << "icon";
+    QTest::newRow("hidden dot folder") << QByteArray(".\xff") << true << false << "icon";
+    QTest::newRow("double underscore") << QByteArray("__\xe9" "cache") << true << false << "icon";
+    QTest::newRow("resource script") << QByteArray("ic\xf4ne_res.py") << false << false << "icon";
+    QTest::newRow("dot then a space") << QByteArray(". \xe9") << false << true << "icon";
+    QTest::newRow("hidden extension") << QByteArray("r\xe9gion.icon") << false << false << "icon";
+    QTest::newRow("hidden extension, other case") << QByteArray("r\xe9gion.ICONS") << false << false << "icon";
+    QTest::newRow("one of several") << QByteArray("\xe9t\xe9.bak") << false << false << "icon|bak";
+    QTest::newRow("no extensions hidden") << QByteArray("r\xe9gion.icon") << false << true << "";
+    QTest::newRow("invalid expression") << QByteArray("r\xe9gion.icon") << false << true << "icon(";
 }
 
 void TestUndecodableNamesProxy::readFolderLists()
@@ -207,10 +213,11 @@ void TestUndecodableNamesProxy::readFolderLists()
     QFETCH(QByteArray, name);
     QFETCH(bool, folder);
     QFETCH(bool, listed);
+    QFETCH(QString, extensions);
 
     QVERIFY(makeFile(native(), "plain.vela", 3));
     QVERIFY(folder ? makeFolder(native(), name) : makeFile(native(), name, 7));
-    const QVector<TundecodableNamesProxy::Entry> found = TundecodableNamesProxy::readFolder(native());
+    const QVector<TundecodableNamesProxy::Entry> found = TundecodableNamesProxy::readFolder(native(), extensions);
     QCOMPARE(found.size(), listed ? 1 : 0);
     if (!listed)
         return;
@@ -240,7 +247,7 @@ void TestUndecodableNamesProxy::readFolderIsOrderedAndBounded()
 
     QCOMPARE(TundecodableNamesProxy::readFolder(native() + "/missing").size(), 0);
     const std::atomic_bool stop{true};
-    QCOMPARE(TundecodableNamesProxy::readFolder(native(), &stop).size(), 0);
+    QCOMPARE(TundecodableNamesProxy::readFolder(native(), QString(), &stop).size(), 0);
 }
 
 void TestUndecodableNamesProxy::listedAfterTheRealRows_data()
