@@ -61,6 +61,11 @@ class Tint32Array;
 // favorites" for the shown folder and "new folder". Import and reference run as deferred
 // host script commands, one per file of actionPaths in selection order; their option boxes
 // go through optionsDialogRequested first, once for all the files.
+//
+// Names that are not valid UTF-8: the file model cannot list them, so the views' model
+// (viewModel) appends them after the folder's own entries, greyed. Nothing acts on them (no
+// selection, drag, rename, menu action or command); Enter or a double-click on one says why
+// through the host's error display.
 class ThumbnailPane : public QWidget
 {
     Q_OBJECT
