@@ -102,6 +102,7 @@ private Q_SLOTS:
     void nothingActsOnThem_data();
     void nothingActsOnThem();
     void onlyTheShownFolder();
+    void shownFolderRemoved();
 
 private:
     void makePane();
@@ -538,6 +539,23 @@ void TestUndecodableNamesProxy::onlyTheShownFolder()
     m_pane->goToParentDirectory();
     QTRY_COMPARE(m_pane->currentRootPath(), QDir::cleanPath(m_dir->path()));
     QTRY_COMPARE(names(), (QStringList{"sub", decoded(cafe)}));
+}
+
+void TestUndecodableNamesProxy::shownFolderRemoved()
+{
+    QVERIFY(makeFile(native(), cafe) && makeFolder(native(), "sub"));
+    const QByteArray sub = native() + "/sub";
+    QVERIFY(makeFile(sub, "inner.vela") && makeFile(sub, "\xf1" "a") && makeFolder(sub, "\xf2" "b"));
+    makePane();
+    show(QFile::decodeName(sub), 3);
+    const QPersistentModelIndex held = row(2);
+
+    // Its rows go with it; the pane falls back to the parent and lists that one's.
+    removeTree(QFile::decodeName(sub));
+    QTRY_COMPARE(m_pane->currentRootPath(), QDir::cleanPath(m_dir->path()));
+    QTRY_COMPARE(names(), QStringList{decoded(cafe)});
+    QVERIFY(!held.isValid());
+    QCOMPARE(m_pane->viewModel()->undecodableCount(), 1);
 }
 
 QTEST_MAIN(TestUndecodableNamesProxy)
