@@ -5,6 +5,7 @@
 #include "TbrowserStrings.h"
 #include "TcommandEngine.h"
 #include "TcontentListView.h"
+#include "TcontentStatusLine.h"
 #include "TcontentTreeView.h"
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
@@ -316,6 +317,9 @@ void TestUndecodableNamesProxy::listedAfterTheRealRows()
     QStringList selected = m_pane->selectedPaths();
     selected.sort();
     QVERIFY2(selected == expected, qPrintable(QString(tag) + ": " + selected.join(u'|')));
+    // They are shown, so they count among the items; never among the selected.
+    QTRY_VERIFY2(m_pane->statusLine()->text().startsWith(QStringLiteral("5 items, 3 selected")),
+                 qPrintable(QString(tag) + ": " + m_pane->statusLine()->text()));
     // Nothing the views would drag.
     std::unique_ptr<QMimeData> drag(model->mimeData({file, folder}));
     QVERIFY(!drag);
