@@ -22,6 +22,7 @@
 #include "TOrganizerItemModel.h"
 #include "ThumbnailPane.h"
 #include "TlibraryOrganizer.h"
+#include "TundecodableNamesProxy.h"
 #include "TreeViewPane.h"
 
 #include "Tstring.h"
@@ -193,7 +194,7 @@ int measure(const QString& root, int expected, int limitMs)
 
     meter.reset();
     pane->setListViewRootIndex(scenes);
-    bool done = runUntil([&] { return pane->proxy()->rowCount(view->rootIndex()) >= expected; }, limitMs);
+    bool done = runUntil([&] { return pane->viewModel()->rowCount(view->rootIndex()) >= expected; }, limitMs);
     runFor(300);
     report("open the folder", done);
 
@@ -209,7 +210,7 @@ int measure(const QString& root, int expected, int limitMs)
     meter.reset();
     bar->setValue(bar->minimum());
     runFor(50);
-    const QModelIndex first = pane->proxy()->mapFromSource(pane->fileModel()->index(scenes + "/scene_0000.vela"));
+    const QModelIndex first = pane->fromProxy(pane->proxy()->mapFromSource(pane->fileModel()->index(scenes + "/scene_0000.vela")));
     const QRect rect = view->visualRect(first);
     QTest::mouseMove(view->viewport(), rect.center());
     runFor(1500);

@@ -38,6 +38,7 @@
 #include "TthumbnailDiskCache.h"
 #include "TthumbnailService.h"
 #include "TassetBrowserOptions.h"
+#include "TundecodableNamesProxy.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -275,12 +276,15 @@ QVector<QModelIndex> visibleIndexes(BrowserListView* grid)
 }
 
 // Whether every cell inside the grid's viewport shows its real thumbnail.
-bool visibleCellsReal(BrowserListView* grid, TfileSystemModel* model, TdirectoryFilterProxy* proxy)
+bool visibleCellsReal(BrowserListView* grid, TfileSystemModel* model, const QAbstractProxyModel* proxy)
 {
     TthumbnailService* service = model->thumbnailService();
     const QVector<QModelIndex> shown = visibleIndexes(grid);
     for (const QModelIndex& index : shown) {
-        const TthumbnailKey key = model->thumbnailKey(proxy->mapToSource(index));
+        QModelIndex source = index;
+        for (auto* layer = proxy; layer; layer = qobject_cast<const QAbstractProxyModel*>(layer->sourceModel()))
+            source = layer->mapToSource(source);
+        const TthumbnailKey key = model->thumbnailKey(source);
         if (key.isValid() && !service->isCached(key))
             return false;
     }
@@ -324,7 +328,7 @@ void diskCacheVisit(const QString& label, const QString& folder, int count, cons
     auto* pane = browser->findChild<ThumbnailPane*>();
     BrowserListView* grid = pane->listWidget()->listView();
     TfileSystemModel* model = pane->fileModel();
-    TdirectoryFilterProxy* proxy = pane->proxy();
+    QAbstractProxyModel* proxy = pane->viewModel();
     TthumbnailService* service = TthumbnailService::instance();
     const quint64 decodes = service->decodeCount();
     const quint64 hits = service->diskHitCount();
@@ -455,7 +459,7 @@ int main(int argc, char** argv)
     auto* pane = browser->findChild<ThumbnailPane*>();
     BrowserListView* grid = pane->listWidget()->listView();
     TfileSystemModel* model = pane->fileModel();
-    TdirectoryFilterProxy* proxy = pane->proxy();
+    QAbstractProxyModel* proxy = pane->viewModel();
     TthumbnailService* service = TthumbnailService::instance();
     std::printf("%d photographs %dx%d, window 1400x900, grid %dx%d, %d worker threads\n", count, photoSize.width(),
                 photoSize.height(), grid->iconSize().width(), grid->iconSize().height(), service->threadCount());

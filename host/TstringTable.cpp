@@ -150,6 +150,9 @@ const Entry englishTexts[] = {
     {"kContentBrowserFolderGone", "The folder ^1s no longer exists. Showing ^2s instead."},
     {"kContentBrowserFileGone", "^1s no longer exists, so nothing was sent to the scene."},
     {"kContentBrowserFolderUnreadable", "This folder cannot be read: you do not have permission to list it."},
+    {"kContentBrowserUndecodableName", "This name is not valid UTF-8. Rename it to open or import it."},
+    {"kContentBrowserUndecodableNameOpen",
+     "^1s cannot be opened: its name is not valid UTF-8. Rename it to open or import it."},
 
     // The status line under the content view: the items shown, then what is selected with
     // the size of its files. ^1s of the last two is one of the first two.

@@ -25,8 +25,8 @@ class TcontentListView : public TcontentWidget
     Q_OBJECT
 
 public:
-    // model: the pane's filter proxy over its file model (any item model works; only the
-    // filter proxy gets the hover animation). service: makes the thumbnails and the
+    // model: the pane's view model over its filter proxy and file model (any item model
+    // works; only rows with the filter proxy under them get the hover animation). service: makes the thumbnails and the
     // animation frames. Neither is owned; either may be null. options as for TcontentWidget.
     TcontentListView(const TassetBrowserOptions* options, QAbstractItemModel* model, TthumbnailService* service,
                      QWidget* parent = nullptr);

@@ -15,7 +15,7 @@ class TcontentTreeView : public TcontentWidget
     Q_OBJECT
 
 public:
-    // model: the pane's filter proxy over its file model; not owned, may be null.
+    // model: the pane's view model over its filter proxy and file model; not owned, may be null.
     // options as for TcontentWidget.
     TcontentTreeView(const TassetBrowserOptions* options, QAbstractItemModel* model, QWidget* parent = nullptr);
     ~TcontentTreeView() override;

@@ -171,7 +171,13 @@ void TcontentWidget::emitTextSearch(const QString& text)
     const auto* proxy = qobject_cast<const QAbstractProxyModel*>(view->model());
     if (!proxy)
         return;
-    Q_EMIT newTextSearch(proxy->mapToSource(view->rootIndex()), text);
+    // Through every proxy layer, down to the model the filter proxy sits on.
+    QModelIndex folder = proxy->mapToSource(view->rootIndex());
+    while (const auto* below = qobject_cast<const QAbstractProxyModel*>(proxy->sourceModel())) {
+        proxy = below;
+        folder = proxy->mapToSource(folder);
+    }
+    Q_EMIT newTextSearch(folder, text);
 }
 
 void TcontentWidget::onHelpButtonClicked()

@@ -52,7 +52,7 @@ public:
 
 Q_SIGNALS:
     // The search text changed: the owner filters baseFolder (an index of the model under the
-    // view's proxy) for text. Not emitted while the view's model is not a proxy model.
+    // view's proxies, however many are stacked) for text. Not emitted while the view's model is not a proxy model.
     void newTextSearch(QModelIndex baseFolder, QString text);
 
 public Q_SLOTS:
@@ -64,7 +64,7 @@ protected:
     // Each runs once, from the constructor, in this order.
     virtual void createSearchBar();
     virtual void createHelpButton();
-    // Maps the view's root to the source model and emits newTextSearch.
+    // Maps the view's root through every proxy to the model under them and emits newTextSearch.
     virtual void emitTextSearch(const QString& text);
     // Follows the content view's model, so that the no-match notice comes and goes with the
     // rows. Call once, after contentView() has its model.

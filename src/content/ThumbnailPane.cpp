@@ -20,6 +20,7 @@
 #include "ThumbnailFileIconProvider.h"
 #include "TthumbnailService.h"
 #include "TuiScale.h"
+#include "TundecodableNamesProxy.h"
 
 #include <algorithm>
 
@@ -55,6 +56,7 @@ const char* const sculptingStampsMarker = "Sculpting_Stamps";
 const TstringId kFolderGone("kContentBrowserFolderGone");
 const TstringId kFolderUnreadable("kContentBrowserFolderUnreadable");
 const TstringId kFileGone("kContentBrowserFileGone");
+const TstringId kUndecodableOpen("kContentBrowserUndecodableNameOpen");
 
 // A file removed since it was listed is not handed to the host; the user hears why.
 bool stillThere(const QString& path)
@@ -89,12 +91,14 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     m_proxy->setSourceModel(m_fileModel);
     m_proxy->setDynamicSortFilter(true);
     m_proxy->setSortCaseSensitivity(Qt::CaseInsensitive);
+    m_viewModel = new TundecodableNamesProxy(this);
+    m_viewModel->setSourceModel(m_proxy);
 
     buildSortMenu();
     buildViewMenu();
 
-    m_listView = new TcontentListView(options, m_proxy, TthumbnailService::instance(), this);
-    m_treeView = new TcontentTreeView(options, m_proxy, this);
+    m_listView = new TcontentListView(options, m_viewModel, TthumbnailService::instance(), this);
+    m_treeView = new TcontentTreeView(options, m_viewModel, this);
     m_treeView->hide();
     addToolButtons(m_listView);
     addToolButtons(m_treeView);
@@ -103,6 +107,8 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     for (TcontentWidget* widget : {static_cast<TcontentWidget*>(m_listView), static_cast<TcontentWidget*>(m_treeView)}) {
         connect(widget, &TwidgetWithToolbar::gearIconClicked, this, [this](QPoint at) { m_settingsMenu->popup(at); });
         connect(widget, &TcontentWidget::newTextSearch, m_proxy, &TdirectoryFilterProxy::filterFiles);
+        connect(widget, &TcontentWidget::newTextSearch, m_viewModel,
+                [this](const QModelIndex&, const QString& text) { m_viewModel->setSearchText(text); });
     }
     // The owner decides whether a view switch happens (its toggleListIconView).
     connect(m_listView->viewToggleButton(), &QToolButton::clicked, this, &ThumbnailPane::toggleView);
@@ -195,10 +201,10 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     for (QItemSelectionModel* selection :
          {m_listView->listView()->selectionModel(), m_treeView->treeView()->selectionModel()})
         connect(selection, &QItemSelectionModel::selectionChanged, this, &ThumbnailPane::scheduleStatusUpdate);
-    connect(m_proxy, &QAbstractItemModel::rowsInserted, this, &ThumbnailPane::scheduleStatusUpdate);
-    connect(m_proxy, &QAbstractItemModel::rowsRemoved, this, &ThumbnailPane::scheduleStatusUpdate);
-    connect(m_proxy, &QAbstractItemModel::modelReset, this, &ThumbnailPane::scheduleStatusUpdate);
-    connect(m_proxy, &QAbstractItemModel::layoutChanged, this, &ThumbnailPane::scheduleStatusUpdate);
+    connect(m_viewModel, &QAbstractItemModel::rowsInserted, this, &ThumbnailPane::scheduleStatusUpdate);
+    connect(m_viewModel, &QAbstractItemModel::rowsRemoved, this, &ThumbnailPane::scheduleStatusUpdate);
+    connect(m_viewModel, &QAbstractItemModel::modelReset, this, &ThumbnailPane::scheduleStatusUpdate);
+    connect(m_viewModel, &QAbstractItemModel::layoutChanged, this, &ThumbnailPane::scheduleStatusUpdate);
     connect(m_fileModel, &QFileSystemModel::directoryLoaded, this, [this](const QString& path) {
         if (QDir::cleanPath(path) == m_currentRootPath)
             applyPendingRestore(true);
@@ -240,8 +246,10 @@ void ThumbnailPane::rootFolderChanged()
         return;
     const QFileInfo shown(m_currentRootPath);
     if (shown.isDir()) {
-        // Its permissions may have changed; the watch ends when it is replaced.
+        // Its permissions may have changed; the watch ends when it is replaced. The file
+        // model never hears of entries it cannot list, so they are read again here.
         followRootFolder(m_currentRootPath);
+        m_viewModel->rescan();
         return;
     }
     QString nearest = m_currentRootPath;
@@ -266,6 +274,7 @@ ThumbnailPane::~ThumbnailPane()
     // they go first, while the providers still exist.
     delete m_listView;
     delete m_treeView;
+    delete m_viewModel;
     delete m_proxy;
     delete m_fileModel;
 }
@@ -407,16 +416,44 @@ bool ThumbnailPane::isTreeViewVisible() const
     return !m_treeView->isHidden();
 }
 
-QString ThumbnailPane::pathOf(const QModelIndex& proxyIndex) const
+QModelIndex ThumbnailPane::toProxy(const QModelIndex& viewIndex) const
 {
+    return m_viewModel->mapToSource(viewIndex);
+}
+
+QModelIndex ThumbnailPane::fromProxy(const QModelIndex& proxyIndex) const
+{
+    return m_viewModel->mapFromSource(proxyIndex);
+}
+
+bool ThumbnailPane::isUndecodable(const QModelIndex& viewIndex) const
+{
+    return m_viewModel->isUndecodable(viewIndex);
+}
+
+bool ThumbnailPane::refuseUndecodable(const QModelIndex& viewIndex) const
+{
+    if (!isUndecodable(viewIndex))
+        return false;
+    const QString name = viewIndex.siblingAtColumn(nameColumn).data().toString();
+    const QString shown = QDir::toNativeSeparators(QDir(m_currentRootPath).filePath(name));
+    TcommandEngine::displayError(kUndecodableOpen.format({shown}));
+    return true;
+}
+
+QString ThumbnailPane::pathOf(const QModelIndex& viewIndex) const
+{
+    const QModelIndex proxyIndex = toProxy(viewIndex);
     if (!proxyIndex.isValid())
         return QString();
     return m_fileModel->filePath(m_proxy->mapToSource(proxyIndex));
 }
 
-bool ThumbnailPane::isDirectory(const QModelIndex& proxyIndex) const
+bool ThumbnailPane::isDirectory(const QModelIndex& viewIndex) const
 {
-    return m_fileModel->isDir(m_proxy->mapToSource(proxyIndex));
+    // An invalid index would be the file model's root, which counts as a folder.
+    const QModelIndex proxyIndex = toProxy(viewIndex);
+    return proxyIndex.isValid() && m_fileModel->isDir(m_proxy->mapToSource(proxyIndex));
 }
 
 QStringList ThumbnailPane::selectedPaths() const
@@ -426,8 +463,11 @@ QStringList ThumbnailPane::selectedPaths() const
         return QStringList();
     const QModelIndexList indexes = isTreeViewVisible() ? selection->selectedRows(nameColumn) : selection->selectedIndexes();
     QStringList paths;
-    for (const QModelIndex& index : indexes)
-        paths << pathOf(index);
+    for (const QModelIndex& index : indexes) {
+        // The grid's select-all takes every column of each row: one path per row.
+        if (index.column() == nameColumn)
+            paths << pathOf(index);
+    }
     return paths;
 }
 
@@ -493,7 +533,9 @@ void ThumbnailPane::setListViewRootIndex(QString rootPath)
         return;
     m_currentRootPath = folder;
     m_selectedEntry = QModelIndex();
-    const QModelIndex root = m_proxy->mapFromSource(sourceRoot);
+    const QModelIndex proxyRoot = m_proxy->mapFromSource(sourceRoot);
+    m_viewModel->setFolder(proxyRoot);
+    const QModelIndex root = fromProxy(proxyRoot);
     for (QAbstractItemView* view : {static_cast<QAbstractItemView*>(m_listView->listView()),
                                     static_cast<QAbstractItemView*>(m_treeView->treeView())}) {
         // A selection left in the folder shown before would stay selected, unseen, and
@@ -514,7 +556,7 @@ void ThumbnailPane::selectEntry(QString path)
     if (m_currentRootPath.isEmpty() || QDir::cleanPath(info.absolutePath()) != m_currentRootPath)
         return;
     // The model makes the entry's row at once when its listing has not brought it yet.
-    const QModelIndex index = m_proxy->mapFromSource(m_fileModel->index(info.absoluteFilePath()));
+    const QModelIndex index = fromProxy(m_proxy->mapFromSource(m_fileModel->index(info.absoluteFilePath())));
     if (!index.isValid())
         return;
     QAbstractItemView* view = visibleView();
@@ -528,7 +570,7 @@ void ThumbnailPane::selectEntry(QString path)
 
 void ThumbnailPane::listViewDoubleClicked(QModelIndex index)
 {
-    if (!index.isValid())
+    if (!index.isValid() || refuseUndecodable(index))
         return;
     if (isDirectory(index)) {
         m_listView->setSearchText(QString());
@@ -541,7 +583,7 @@ void ThumbnailPane::listViewDoubleClicked(QModelIndex index)
 
 void ThumbnailPane::treeViewDoubleClicked(QModelIndex index)
 {
-    if (!index.isValid())
+    if (!index.isValid() || refuseUndecodable(index))
         return;
     if (isDirectory(index)) {
         m_treeView->setSearchText(QString());
@@ -710,8 +752,10 @@ void ThumbnailPane::selectionChanged(QItemSelection selected, QItemSelection des
     if (!selection)
         selection = visibleView()->selectionModel();
     QString path;
-    if (!selected.isEmpty()) {
-        path = pathOf(selected.indexes().constFirst());
+    // A range over rows that cannot be selected (an undecodable name) holds no index.
+    const QModelIndexList newlySelected = selected.indexes();
+    if (!newlySelected.isEmpty()) {
+        path = pathOf(newlySelected.constFirst());
     } else if (selection) {
         const QModelIndexList all = selection->selectedIndexes();
         if (!all.isEmpty())
@@ -777,7 +821,7 @@ void ThumbnailPane::createSubDirectory()
     const QModelIndex created = m_fileModel->mkdir(m_fileModel->index(m_currentRootPath), name);
     if (!created.isValid())
         return;
-    const QModelIndex index = m_proxy->mapFromSource(created);
+    const QModelIndex index = fromProxy(m_proxy->mapFromSource(created));
     QAbstractItemView* view = visibleView();
     QItemSelectionModel::SelectionFlags flags = QItemSelectionModel::ClearAndSelect;
     if (isTreeViewVisible())
@@ -895,7 +939,7 @@ void ThumbnailPane::openCurrentItem()
 {
     QAbstractItemView* view = visibleView();
     const QModelIndex current = view->currentIndex();
-    if (!current.isValid())
+    if (!current.isValid() || refuseUndecodable(current))
         return;
     if (isDirectory(current)) {
         visibleWidget()->setSearchText(QString());
@@ -978,7 +1022,7 @@ QModelIndex ThumbnailPane::indexOfPath(const QString& path) const
     const QModelIndex source = m_fileModel->index(path);
     if (!source.isValid())
         return QModelIndex();
-    const QModelIndex index = m_proxy->mapFromSource(source);
+    const QModelIndex index = fromProxy(m_proxy->mapFromSource(source));
     // Only entries of the folder shown: a path elsewhere would select something unseen.
     return index.parent() == visibleView()->rootIndex() ? index : QModelIndex();
 }
@@ -1008,7 +1052,7 @@ void ThumbnailPane::updateStatusLine()
     m_statusPending = false;
     QAbstractItemView* view = visibleView();
     const QModelIndex root = view->rootIndex();
-    const int shown = m_currentRootPath.isEmpty() || !root.isValid() ? 0 : m_proxy->rowCount(root);
+    const int shown = m_currentRootPath.isEmpty() || !root.isValid() ? 0 : m_viewModel->rowCount(root);
     int selected = 0;
     int files = 0;
     qint64 bytes = 0;
@@ -1018,7 +1062,7 @@ void ThumbnailPane::updateStatusLine()
             if (index.column() != nameColumn)
                 continue;
             ++selected;
-            const QModelIndex source = m_proxy->mapToSource(index);
+            const QModelIndex source = m_proxy->mapToSource(toProxy(index));
             if (!m_fileModel->isDir(source)) {
                 ++files;
                 bytes += m_fileModel->size(source);

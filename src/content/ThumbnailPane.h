@@ -31,6 +31,7 @@ class TcontentWidget;
 class TdirectoryFilterProxy;
 class TfileSystemModel;
 class ThumbnailFileIconProvider;
+class TundecodableNamesProxy;
 class Tint32Array;
 
 // The browser's content area: one folder, shown as a thumbnail grid or as a detail list,
@@ -60,6 +61,11 @@ class Tint32Array;
 // favorites" for the shown folder and "new folder". Import and reference run as deferred
 // host script commands, one per file of actionPaths in selection order; their option boxes
 // go through optionsDialogRequested first, once for all the files.
+//
+// Names that are not valid UTF-8: the file model cannot list them, so the views' model
+// (viewModel) appends them after the folder's own entries, greyed. Nothing acts on them (no
+// selection, drag, rename, menu action or command); Enter or a double-click on one says why
+// through the host's error display.
 class ThumbnailPane : public QWidget
 {
     Q_OBJECT
@@ -76,6 +82,14 @@ public:
     TcontentTreeView* treeWidget() const { return m_treeView; }
     TfileSystemModel* fileModel() const { return m_fileModel; }
     TdirectoryFilterProxy* proxy() const { return m_proxy; }
+    // The views' model: the filter proxy with the shown folder's undecodable names appended.
+    TundecodableNamesProxy* viewModel() const { return m_viewModel; }
+    // A view index as an index of proxy(); invalid for an appended row, which has none.
+    QModelIndex toProxy(const QModelIndex& viewIndex) const;
+    // An index of proxy() as the views' index.
+    QModelIndex fromProxy(const QModelIndex& proxyIndex) const;
+    // Whether a view index is a row whose name is not valid UTF-8 (nothing may act on it).
+    bool isUndecodable(const QModelIndex& viewIndex) const;
     ThumbnailFileIconProvider* thumbnailIconProvider() const { return m_thumbnailProvider.get(); }
     ThumbnailFileIconProvider* smallIconProvider() const { return m_smallProvider.get(); }
     // The item view of the view shown now (grid or list).
@@ -201,8 +215,11 @@ private:
     void buildSettingsMenu();
     void addToolButtons(TcontentWidget* widget);
     void wireView(QAbstractItemView* view, const char* doubleClickSlot);
-    QString pathOf(const QModelIndex& proxyIndex) const;
-    bool isDirectory(const QModelIndex& proxyIndex) const;
+    QString pathOf(const QModelIndex& viewIndex) const;
+    bool isDirectory(const QModelIndex& viewIndex) const;
+    // Says, through the host's error display, why an undecodable entry cannot be opened;
+    // true when index is one.
+    bool refuseUndecodable(const QModelIndex& viewIndex) const;
     TcontentWidget* visibleWidget() const;
     void runDefaultAction();
     void runWithOptions(const QString& mode, bool reference);
@@ -223,6 +240,7 @@ private:
     TcontentTreeView* m_treeView = nullptr;
     TfileSystemModel* m_fileModel = nullptr;
     TdirectoryFilterProxy* m_proxy = nullptr;
+    TundecodableNamesProxy* m_viewModel = nullptr;
     const TassetBrowserOptions* m_options;
     // The model keeps raw pointers to these: the destructor removes the model and the views
     // before the providers go.

@@ -7,6 +7,7 @@
 #include "TiconAnimationWorker.h"
 #include "TthumbnailService.h"
 
+#include <QAbstractProxyModel>
 #include <QApplication>
 #include <QHash>
 #include <QItemSelectionModel>
@@ -159,21 +160,50 @@ void BrowserListView::rootChanged(QString newPath)
 
 TfileSystemModel* BrowserListView::fileModel() const
 {
-    if (auto* files = qobject_cast<TfileSystemModel*>(model()))
-        return files;
-    if (auto* proxy = qobject_cast<QSortFilterProxyModel*>(model()))
-        return qobject_cast<TfileSystemModel*>(proxy->sourceModel());
-    return nullptr;
+    QAbstractItemModel* at = model();
+    while (auto* proxy = qobject_cast<QAbstractProxyModel*>(at))
+        at = proxy->sourceModel();
+    return qobject_cast<TfileSystemModel*>(at);
+}
+
+QModelIndex BrowserListView::mapDown(const QModelIndex& viewIndex, const QAbstractItemModel* target) const
+{
+    QModelIndex index = viewIndex;
+    const QAbstractItemModel* at = model();
+    while (index.isValid() && at != target) {
+        const auto* proxy = qobject_cast<const QAbstractProxyModel*>(at);
+        if (!proxy)
+            return QModelIndex();
+        index = proxy->mapToSource(index);
+        at = proxy->sourceModel();
+    }
+    return at == target ? index : QModelIndex();
+}
+
+QModelIndex BrowserListView::mapUp(const QModelIndex& index) const
+{
+    QVector<const QAbstractProxyModel*> layers;
+    const QAbstractItemModel* at = model();
+    while (at && at != index.model()) {
+        const auto* proxy = qobject_cast<const QAbstractProxyModel*>(at);
+        if (!proxy)
+            return QModelIndex();
+        layers.append(proxy);
+        at = proxy->sourceModel();
+    }
+    QModelIndex mapped = index;
+    for (auto it = layers.crbegin(); it != layers.crend() && mapped.isValid(); ++it)
+        mapped = (*it)->mapFromSource(mapped);
+    return mapped;
 }
 
 TthumbnailKey BrowserListView::keyOf(const QModelIndex& index) const
 {
     TfileSystemModel* files = fileModel();
-    if (!files || !index.isValid())
+    // A row with no file behind it (a name the file model cannot list) has no thumbnail.
+    const QModelIndex source = files ? mapDown(index, files) : QModelIndex();
+    if (!source.isValid())
         return TthumbnailKey();
-    QModelIndex source = index;
-    if (auto* proxy = qobject_cast<QSortFilterProxyModel*>(model()))
-        source = proxy->mapToSource(index);
     return files->thumbnailKey(source);
 }
 
@@ -375,15 +405,23 @@ void BrowserListView::stopAnimation()
 
 void BrowserListView::startAnimation(const QModelIndex& index)
 {
-    auto* proxy = qobject_cast<TdirectoryFilterProxy*>(model());
-    if (!proxy || !m_service)
+    // The frames go through the filter proxy, wherever it sits under the view's model.
+    TdirectoryFilterProxy* proxy = nullptr;
+    for (QAbstractItemModel* at = model(); at && !proxy;) {
+        proxy = qobject_cast<TdirectoryFilterProxy*>(at);
+        auto* layer = qobject_cast<QAbstractProxyModel*>(at);
+        at = layer ? layer->sourceModel() : nullptr;
+    }
+    const QModelIndex item = proxy ? mapDown(index, proxy) : QModelIndex();
+    if (!item.isValid() || !m_service)
         return;
     // One animation per view: a worker whose item vanished from the model is ended here.
     if (m_worker)
         stopAnimation();
     const QSize frameSize = gridSize().isValid() && !gridSize().isEmpty() ? gridSize() : iconSize();
-    m_worker = new TiconAnimationWorker(proxy, m_service, m_options, index, frameSize * devicePixelRatioF(), this);
-    connect(m_worker, &TiconAnimationWorker::newIconToDisplay, this, &BrowserListView::displayNewIcon);
+    m_worker = new TiconAnimationWorker(proxy, m_service, m_options, item, frameSize * devicePixelRatioF(), this);
+    connect(m_worker, &TiconAnimationWorker::newIconToDisplay, this,
+            [this](const QModelIndex& changed) { displayNewIcon(mapUp(changed)); });
     m_worker->showIcon();
 }
 

@@ -101,7 +101,13 @@ private:
 
     void stopAnimation();
     void startAnimation(const QModelIndex& index);
+    // The file model under the view's model, through any proxies.
     TfileSystemModel* fileModel() const;
+    // A view index as an index of target, a model under the view's; invalid when a layer has
+    // no source for it.
+    QModelIndex mapDown(const QModelIndex& viewIndex, const QAbstractItemModel* target) const;
+    // An index of a model under the view's, as the view's index.
+    QModelIndex mapUp(const QModelIndex& index) const;
     TthumbnailKey keyOf(const QModelIndex& index) const;
     // The items whose layout cells overlap rect (viewport coordinates).
     QVector<QModelIndex> indexesIn(const QRect& rect) const;

@@ -13,6 +13,7 @@
 #include "ThostMainWindow.h"
 #include "ThostScreenshot.h"
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 #include "SearchToolbar.h"
 #include "ThostConsole.h"
 #include "TrecordingHost.h"
@@ -219,7 +220,7 @@ void TstHostJourneys::screenshotWaitsForTheListing()
     QCOMPARE(finished.first().at(1).toBool(), false);
     // By then every entry of the folder was listed.
     auto* browser = qobject_cast<AssetBrowser*>(m_window->browser());
-    QCOMPARE(browser->contentPane()->proxy()->rowCount(browser->contentPane()->listWidget()->listView()->rootIndex()), 5);
+    QCOMPARE(browser->contentPane()->viewModel()->rowCount(browser->contentPane()->listWidget()->listView()->rootIndex()), 5);
     QVERIFY(!QImage(file).isNull());
 }
 

@@ -13,6 +13,7 @@
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 #include "TreeViewPane.h"
 #include "TrecordingHost.h"
 
@@ -127,13 +128,13 @@ void TstContentKeyboard::go(const QString& path)
     ThumbnailPane* pane = m_browser->contentPane();
     QTRY_COMPARE(pane->currentRootPath(), QDir::cleanPath(path));
     const int expected = int(QDir(path).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size());
-    QTRY_COMPARE(pane->proxy()->rowCount(pane->visibleView()->rootIndex()), expected);
+    QTRY_COMPARE(pane->viewModel()->rowCount(pane->visibleView()->rootIndex()), expected);
 }
 
 QModelIndex TstContentKeyboard::indexOf(const QString& name) const
 {
     ThumbnailPane* pane = m_browser->contentPane();
-    return pane->proxy()->mapFromSource(pane->fileModel()->index(QDir(pane->currentRootPath()).filePath(name)));
+    return pane->fromProxy(pane->proxy()->mapFromSource(pane->fileModel()->index(QDir(pane->currentRootPath()).filePath(name))));
 }
 
 QStringList TstContentKeyboard::selected() const
@@ -283,11 +284,11 @@ void TstContentKeyboard::findFocusesTheSearchAndEscapeReturns()
         press(view, QStringLiteral("Ctrl+F"));
         QVERIFY2(search->hasFocus(), row);
         QTest::keyClicks(search, QStringLiteral("alp"));
-        QTRY_COMPARE(pane->proxy()->rowCount(view->rootIndex()), 1);
+        QTRY_COMPARE(pane->viewModel()->rowCount(view->rootIndex()), 1);
         press(search, QStringLiteral("Esc"));
         QVERIFY2(search->text().isEmpty(), row);
         QVERIFY2(view->hasFocus(), row);
-        QTRY_COMPARE(pane->proxy()->rowCount(view->rootIndex()), 6);
+        QTRY_COMPARE(pane->viewModel()->rowCount(view->rootIndex()), 6);
     }
 }
 

@@ -15,6 +15,7 @@
 #include "TfavoritesOrganizer.h"
 #include "TfileSystemModel.h"
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 #include "TreeViewPane.h"
 #include "TrecordingHost.h"
 
@@ -121,7 +122,7 @@ void TstContentSelection::init()
     Q_EMIT m_browser->sidePanel()->newPathSelected(m_dir->path());
     ThumbnailPane* pane = m_browser->contentPane();
     QTRY_COMPARE(pane->currentRootPath(), QDir::cleanPath(m_dir->path()));
-    QTRY_COMPARE(pane->proxy()->rowCount(pane->visibleView()->rootIndex()), 6);
+    QTRY_COMPARE(pane->viewModel()->rowCount(pane->visibleView()->rootIndex()), 6);
 }
 
 void TstContentSelection::cleanup()
@@ -143,7 +144,7 @@ QAbstractItemView* TstContentSelection::view(bool detail) const
 QModelIndex TstContentSelection::indexOf(const QString& name) const
 {
     ThumbnailPane* pane = m_browser->contentPane();
-    return pane->proxy()->mapFromSource(pane->fileModel()->index(pathOf(name)));
+    return pane->fromProxy(pane->proxy()->mapFromSource(pane->fileModel()->index(pathOf(name))));
 }
 
 QPoint TstContentSelection::pointOf(bool detail, const QString& name) const

@@ -5,6 +5,7 @@
 #include "TfileSystemModel.h"
 #include "ThumbnailFileIconProvider.h"
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 #include "TpoolBlocker.h"
 #include "TrecordingHost.h"
 #include "TthumbnailService.h"
@@ -123,7 +124,7 @@ private:
     BrowserListView* grid() const { return m_pane->listWidget()->listView(); }
     QModelIndex item(const QString& path) const
     {
-        return m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(path));
+        return m_pane->fromProxy(m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(path)));
     }
     qint64 placeholderKey(const QString& path) const
     {
@@ -169,7 +170,7 @@ bool TestThumbnailGrid::show(const QString& folder, int rows)
     if (!QTest::qWaitForWindowExposed(m_pane.get()))
         return false;
     m_pane->setListViewRootIndex(folder);
-    return QTest::qWaitFor([&] { return m_pane->proxy()->rowCount(grid()->rootIndex()) == rows; });
+    return QTest::qWaitFor([&] { return m_pane->viewModel()->rowCount(grid()->rootIndex()) == rows; });
 }
 
 void TestThumbnailGrid::placeholderFirstThenThePictureOfThatRowOnly()
@@ -259,10 +260,10 @@ void TestThumbnailGrid::rowsNeverPaintedAreNeverDecoded()
     QSet<QString> painted;
     TpaintWatch watch(grid()->viewport(), [&] {
         const QRect viewport = grid()->viewport()->rect();
-        for (int row = 0; row < m_pane->proxy()->rowCount(grid()->rootIndex()); ++row) {
-            const QModelIndex index = m_pane->proxy()->index(row, 0, grid()->rootIndex());
+        for (int row = 0; row < m_pane->viewModel()->rowCount(grid()->rootIndex()); ++row) {
+            const QModelIndex index = m_pane->viewModel()->index(row, 0, grid()->rootIndex());
             if (grid()->visualRect(index).intersects(viewport))
-                painted.insert(m_pane->fileModel()->filePath(m_pane->proxy()->mapToSource(index)));
+                painted.insert(m_pane->fileModel()->filePath(m_pane->proxy()->mapToSource(m_pane->toProxy(index))));
         }
     });
     QVERIFY(show(m_dir->path(), scenes));

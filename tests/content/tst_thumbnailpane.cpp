@@ -1,4 +1,5 @@
 #include "ThumbnailPane.h"
+#include "TundecodableNamesProxy.h"
 
 #include "BrowserListView.h"
 #include "BrowserTreeView.h"
@@ -229,7 +230,7 @@ void TestThumbnailPane::show(const QString& folder)
                              }),
                  qPrintable(folder + " never finished loading"));
     const int expected = QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size();
-    QTRY_COMPARE(m_pane->proxy()->rowCount(view()->rootIndex()), expected);
+    QTRY_COMPARE(m_pane->viewModel()->rowCount(view()->rootIndex()), expected);
     // Items are laid out after they arrive.
     QTRY_VERIFY(expected == 0 || view()->visualRect(view()->model()->index(0, 0, view()->rootIndex())).isValid());
 }
@@ -237,7 +238,7 @@ void TestThumbnailPane::show(const QString& folder)
 QPoint TestThumbnailPane::centreOf(const QString& name) const
 {
     const QString path = QDir(m_pane->currentRootPath()).filePath(name);
-    const QRect rect = view()->visualRect(m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(path)));
+    const QRect rect = view()->visualRect(m_pane->fromProxy(m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(path))));
     // In the list, the name's cell rather than the middle of the whole row.
     return m_pane->isTreeViewVisible() ? QPoint(rect.left() + 30, rect.center().y()) : rect.center();
 }
@@ -657,7 +658,7 @@ void TestThumbnailPane::folderRemovedWhileShown()
                              .toQString();
     QVERIFY2(errors == QStringList{told}, qPrintable(errors.join(u'|')));
     // The rows shown are those of the folder that exists.
-    QTRY_COMPARE(m_pane->proxy()->rowCount(view()->rootIndex()),
+    QTRY_COMPARE(m_pane->viewModel()->rowCount(view()->rootIndex()),
                  int(QDir(nearest).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size()));
 }
 
@@ -670,7 +671,7 @@ void TestThumbnailPane::fileRemovedBeforeImportIsNotSent()
     for (const bool reference : {false, true}) {
         const QString file = make(QStringLiteral("brief.vela"));
         QVERIFY(!file.isEmpty());
-        QTRY_VERIFY(m_pane->fileModel()->index(file).isValid() && view()->visualRect(m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file))).isValid());
+        QTRY_VERIFY(m_pane->fileModel()->index(file).isValid() && view()->visualRect(m_pane->fromProxy(m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file)))).isValid());
         QMenu* menu = menuAt(centreOf(QStringLiteral("brief.vela")));
         QVERIFY(menu);
         // Gone while the menu was open.
@@ -717,7 +718,7 @@ void TestThumbnailPane::switchingViewsCarriesSearchAndRoot()
     QSignalSpy toggled(m_pane.get(), &ThumbnailPane::toggleView);
     connect(m_pane.get(), &ThumbnailPane::toggleView, m_pane.get(), &ThumbnailPane::toggleListIconView);
     QTest::keyClicks(m_pane->listWidget()->searchBar(), QStringLiteral("ba"));
-    QTRY_COMPARE(m_pane->proxy()->rowCount(view()->rootIndex()), 1);
+    QTRY_COMPARE(m_pane->viewModel()->rowCount(view()->rootIndex()), 1);
     const QModelIndex root = view()->rootIndex();
 
     QTest::mouseClick(m_pane->listWidget()->viewToggleButton(), Qt::LeftButton);
@@ -773,7 +774,7 @@ void TestThumbnailPane::searchThatMatchesNothingSaysSo()
                               : static_cast<TcontentWidget*>(m_pane->listWidget());
 
     QTest::keyClicks(widget->searchBar(), text);
-    QTRY_VERIFY2(m_pane->proxy()->rowCount(view()->rootIndex()) == rows, qPrintable(row + ": rows"));
+    QTRY_VERIFY2(m_pane->viewModel()->rowCount(view()->rootIndex()) == rows, qPrintable(row + ": rows"));
     const QLabel* notice = widget->noMatchNotice();
     const bool shown = notice && notice->isVisible();
     QVERIFY2(shown == (rows == 0), qPrintable(row + ": notice shown " + QString::number(shown)));
@@ -785,7 +786,7 @@ void TestThumbnailPane::searchThatMatchesNothingSaysSo()
 
     // Clearing the search lists the folder again and the notice goes.
     widget->setSearchText(QString());
-    QTRY_VERIFY2(m_pane->proxy()->rowCount(view()->rootIndex()) == 3, qPrintable(row + ": rows after clearing"));
+    QTRY_VERIFY2(m_pane->viewModel()->rowCount(view()->rootIndex()) == 3, qPrintable(row + ": rows after clearing"));
     QVERIFY2(!notice || !notice->isVisible(), qPrintable(row + ": notice kept"));
 }
 
@@ -821,10 +822,10 @@ void TestThumbnailPane::aFileGivenAsRootIsSelected()
     QVERIFY2(m_pane->currentRootPath() == folder, qPrintable(row + ": root " + m_pane->currentRootPath()));
     QVERIFY2(m_pane->selectedPaths() == QStringList{file}, qPrintable(row + ": selected " + m_pane->selectedPaths().join(u' ')));
     QVERIFY2(!clicked.isEmpty() && clicked.last().at(0).toString() == file, qPrintable(row + ": preview not told"));
-    QTRY_COMPARE(m_pane->proxy()->rowCount(view()->rootIndex()), 61);
+    QTRY_COMPARE(m_pane->viewModel()->rowCount(view()->rootIndex()), 61);
     // Still selected, and in sight, once the whole folder is there.
     QVERIFY2(m_pane->selectedPaths() == QStringList{file}, qPrintable(row + ": selection lost"));
-    const QPersistentModelIndex index = m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file));
+    const QPersistentModelIndex index = m_pane->fromProxy(m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file)));
     QTRY_VERIFY2(view()->viewport()->rect().contains(view()->visualRect(index).center()), qPrintable(row + ": out of sight"));
 
     // An entry of another folder is no entry of the shown one.

@@ -48,7 +48,7 @@ Opened open(const QString& preferenceDir, const QString& folder)
 QModelIndex gridIndex(AssetBrowser* browser, const QString& path)
 {
     ThumbnailPane* pane = browser->contentPane();
-    return pane->proxy()->mapFromSource(pane->fileModel()->index(path));
+    return pane->fromProxy(pane->proxy()->mapFromSource(pane->fileModel()->index(path)));
 }
 
 QStringList fileCommands()

@@ -22,7 +22,7 @@ struct Opened
 };
 Opened open(const QString& preferenceDir, const QString& folder);
 
-// The grid's (proxy) index of path in browser's content pane.
+// The grid's index (of the views' model) of path in browser's content pane.
 QModelIndex gridIndex(AssetBrowser* browser, const QString& path);
 
 // The import and reference commands recorded so far, in order; the browser's other commands
