@@ -19,6 +19,8 @@ struct Kind
 // without bound.
 constexpr int kMaxCachedKinds = 4096;
 
+Kind kindOf(const QString& suffix, const QString& name, QMutex& mutex, QHash<QString, Kind>& cache);
+
 // A file's kind from its name alone, looked up once per suffix: the database's own lookup
 // asks the file system about the name first, which on a slow share costs a call per entry.
 Kind kindOf(const QFileInfo& info)
@@ -26,7 +28,24 @@ Kind kindOf(const QFileInfo& info)
     static QMutex mutex;
     static QHash<QString, Kind> cache;
     const QString name = info.fileName();
-    const QString suffix = info.completeSuffix().toLower();
+    // A listing asks for one entry after another, mostly of one kind: the last answer of
+    // this thread is checked first, without building a key or taking the lock.
+    thread_local QString lastSuffix;
+    thread_local Kind lastKind;
+    const qsizetype dot = name.indexOf(QLatin1Char('.'));
+    const QStringView rawSuffix = dot < 0 ? QStringView() : QStringView(name).mid(dot + 1);
+    if (!rawSuffix.isEmpty() && rawSuffix == lastSuffix)
+        return lastKind;
+    const Kind kind = kindOf(info.completeSuffix().toLower(), name, mutex, cache);
+    if (!rawSuffix.isEmpty()) {
+        lastSuffix = rawSuffix.toString();
+        lastKind = kind;
+    }
+    return kind;
+}
+
+Kind kindOf(const QString& suffix, const QString& name, QMutex& mutex, QHash<QString, Kind>& cache)
+{
     // Names without a suffix ("Makefile") are matched whole.
     const QString key = suffix.isEmpty() ? QLatin1Char('/') + name : suffix;
     const QMutexLocker locker(&mutex);

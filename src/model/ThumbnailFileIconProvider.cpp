@@ -47,11 +47,21 @@ QIcon ThumbnailFileIconProvider::icon(const QFileInfo& info) const
         return systemIcon(info);
     // Keyed by suffix: the kind follows from it, and a hash look-up is far cheaper than the
     // mime database's glob matching for every listed file.
+    // Entries of one kind usually follow one another: the last answer is checked first,
+    // without building a key.
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    const QStringView rawSuffix = dot < 0 ? QStringView() : QStringView(name).mid(dot + 1);
+    QMutexLocker lock(&m_kindMutex);
+    if (!rawSuffix.isEmpty() && rawSuffix == m_lastSuffix)
+        return m_lastIcon;
     const QString suffix = info.suffix();
     const QString kind = suffix.isEmpty() ? QLatin1Char('/') + name : suffix.toLower();
-    QMutexLocker lock(&m_kindMutex);
     auto it = m_kindIcons.find(kind);
     if (it == m_kindIcons.end())
         it = m_kindIcons.insert(kind, systemIcon(info));
+    if (!rawSuffix.isEmpty()) {
+        m_lastSuffix = rawSuffix.toString();
+        m_lastIcon = *it;
+    }
     return *it;
 }

@@ -44,4 +44,6 @@ private:
     // One icon per kind: a theme look-up per listed file would cost more than the listing.
     mutable QMutex m_kindMutex;
     mutable QHash<QString, QIcon> m_kindIcons;
+    mutable QString m_lastSuffix;
+    mutable QIcon m_lastIcon;
 };
