@@ -45,7 +45,7 @@ QString hiddenExtensions()
     return Tstring_toQString(extensions);
 }
 
-// One thread: the shown folder is the only one read, and the listing needs the disk too.
+// One thread: the listing needs the disk too, and reads of several folders take turns.
 QThreadPool* readPool()
 {
     static QPointer<QThreadPool> pool;
@@ -124,16 +124,23 @@ bool sameEntry(const TundecodableNamesProxy::Entry& a, const TundecodableNamesPr
 
 TundecodableNamesProxy::TundecodableNamesProxy(QObject* parent)
     : QIdentityProxyModel(parent)
-    , m_shared(std::make_shared<Shared>())
 {
     m_rowsChanged.setSingleShot(true);
     m_rowsChanged.setInterval(rowsChangedDelayMs);
-    connect(&m_rowsChanged, &QTimer::timeout, this, &TundecodableNamesProxy::scheduleScan);
+    connect(&m_rowsChanged, &QTimer::timeout, this, [this] {
+        for (const auto& folder : m_folders) {
+            if (folder->changed) {
+                folder->changed = false;
+                scheduleScan(folder.get());
+            }
+        }
+    });
 }
 
 TundecodableNamesProxy::~TundecodableNamesProxy()
 {
-    m_shared->cancelled = true;
+    for (const auto& folder : m_folders)
+        *folder->cancelled = true;
 }
 
 void TundecodableNamesProxy::setSourceModel(QAbstractItemModel* source)
@@ -142,11 +149,10 @@ void TundecodableNamesProxy::setSourceModel(QAbstractItemModel* source)
         disconnect(old, nullptr, this, nullptr);
     if (QFileSystemModel* files = fileModelUnder(sourceModel()))
         disconnect(files, nullptr, this, nullptr);
-    m_rows.clear();
-    m_found.clear();
-    m_folder = QPersistentModelIndex();
-    m_folderPath.clear();
-    ++m_generation;
+    // The rows go with the reset the base class makes.
+    for (const auto& folder : m_folders)
+        *folder->cancelled = true;
+    m_folders.clear();
 
     // Connected before the base class connects its own: these must run first.
     if (source) {
@@ -161,14 +167,16 @@ void TundecodableNamesProxy::setSourceModel(QAbstractItemModel* source)
 
     // Runs after the base class has begun its own reset.
     connect(source, &QAbstractItemModel::modelAboutToBeReset, this, [this] {
-        m_rows.clear();
-        m_found.clear();
-        m_folder = QPersistentModelIndex();
-        m_folderPath.clear();
-        ++m_generation;
+        for (const auto& folder : m_folders)
+            *folder->cancelled = true;
+        m_folders.clear();
     });
     auto rowsChanged = [this](const QModelIndex& parent) {
-        if (m_folder.isValid() && parent == m_folder && !m_rowsChanged.isActive())
+        Folder* folder = parent.isValid() ? servedBySource(parent) : nullptr;
+        if (!folder)
+            return;
+        folder->changed = true;
+        if (!m_rowsChanged.isActive())
             m_rowsChanged.start();
     };
     connect(source, &QAbstractItemModel::rowsInserted, this, rowsChanged);
@@ -177,8 +185,11 @@ void TundecodableNamesProxy::setSourceModel(QAbstractItemModel* source)
         connect(source, SIGNAL(rootPathChanged(QString)), this, SIGNAL(rootPathChanged(QString)));
     if (QFileSystemModel* files = fileModelUnder(source)) {
         connect(files, &QFileSystemModel::directoryLoaded, this, [this](const QString& path) {
-            if (!m_folderPath.isEmpty() && QDir::cleanPath(path) == m_folderPath)
-                scheduleScan();
+            const QString loaded = QDir::cleanPath(path);
+            for (const auto& folder : m_folders) {
+                if (folder->path == loaded)
+                    scheduleScan(folder.get());
+            }
         });
     }
 }
@@ -186,25 +197,103 @@ void TundecodableNamesProxy::setSourceModel(QAbstractItemModel* source)
 void TundecodableNamesProxy::setFolder(const QModelIndex& sourceFolder)
 {
     // Shown again (a refresh): the rows stay while the folder is read again.
-    if (sourceFolder.isValid() && sourceFolder == m_folder) {
-        rescan();
+    if (sourceFolder.isValid() && m_folders.size() == 1 && m_folders.front()->index == sourceFolder) {
+        startScan(m_folders.front().get());
         return;
     }
-    removeAllRows();
-    m_found.clear();
-    m_folder = sourceFolder;
-    m_folderPath = sourceFolder.isValid()
-        ? QDir::cleanPath(sourceFolder.data(QFileSystemModel::FilePathRole).toString())
-        : QString();
-    ++m_generation;
-    if (!m_folderPath.isEmpty())
-        startScan();
+    forgetAll();
+    if (sourceFolder.isValid())
+        serve(sourceFolder);
+}
+
+void TundecodableNamesProxy::addFolder(const QModelIndex& sourceFolder)
+{
+    if (!sourceFolder.isValid())
+        return;
+    if (Folder* served = servedBySource(sourceFolder)) {
+        startScan(served);
+        return;
+    }
+    // Folders that went from the source while served are let go here.
+    for (std::size_t i = m_folders.size(); i-- > 0;) {
+        if (!m_folders[i]->index.isValid())
+            forget(m_folders[i].get());
+    }
+    serve(sourceFolder);
+}
+
+void TundecodableNamesProxy::removeFolder(const QModelIndex& sourceFolder)
+{
+    if (Folder* served = sourceFolder.isValid() ? servedBySource(sourceFolder) : nullptr)
+        forget(served);
+}
+
+bool TundecodableNamesProxy::isServed(const QModelIndex& sourceFolder) const
+{
+    return sourceFolder.isValid() && servedBySource(sourceFolder);
+}
+
+QString TundecodableNamesProxy::folderPath() const
+{
+    return m_folders.empty() ? QString() : m_folders.front()->path;
+}
+
+void TundecodableNamesProxy::setFoldersOnly(bool foldersOnly)
+{
+    if (foldersOnly == m_foldersOnly)
+        return;
+    m_foldersOnly = foldersOnly;
+    rescan();
+}
+
+TundecodableNamesProxy::Folder* TundecodableNamesProxy::serve(const QModelIndex& sourceFolder)
+{
+    auto folder = std::make_unique<Folder>();
+    folder->id = ++m_nextId;
+    folder->index = sourceFolder;
+    folder->path = QDir::cleanPath(sourceFolder.data(QFileSystemModel::FilePathRole).toString());
+    Folder* served = folder.get();
+    m_folders.push_back(std::move(folder));
+    if (!served->path.isEmpty())
+        startScan(served);
+    return served;
+}
+
+void TundecodableNamesProxy::forget(Folder* folder)
+{
+    removeAllRows(*folder);
+    *folder->cancelled = true;
+    m_folders.erase(std::find_if(m_folders.begin(), m_folders.end(),
+                                 [folder](const std::unique_ptr<Folder>& f) { return f.get() == folder; }));
+}
+
+void TundecodableNamesProxy::forgetAll()
+{
+    while (!m_folders.empty())
+        forget(m_folders.back().get());
 }
 
 void TundecodableNamesProxy::rescan()
 {
-    if (!m_folderPath.isEmpty())
-        startScan();
+    for (const auto& folder : m_folders)
+        startScan(folder.get());
+}
+
+int TundecodableNamesProxy::undecodableCount() const
+{
+    int count = 0;
+    for (const auto& folder : m_folders)
+        count += int(folder->rows.size());
+    return count;
+}
+
+bool TundecodableNamesProxy::isScanning() const
+{
+    if (m_rowsChanged.isActive())
+        return true;
+    return std::any_of(m_folders.begin(), m_folders.end(), [](const std::unique_ptr<Folder>& folder) {
+        return folder->scanning || folder->rescanWanted || folder->scanQueued;
+    });
 }
 
 void TundecodableNamesProxy::setSearchText(const QString& text)
@@ -219,7 +308,8 @@ void TundecodableNamesProxy::setSearchText(const QString& text)
         if (!m_search.isValid())
             m_search = QRegularExpression(QRegularExpression::escape(text), QRegularExpression::CaseInsensitiveOption);
     }
-    applyRows();
+    for (const auto& folder : m_folders)
+        applyRows(*folder);
 }
 
 bool TundecodableNamesProxy::matchesSearch(const QString& name) const
@@ -229,7 +319,7 @@ bool TundecodableNamesProxy::matchesSearch(const QString& name) const
 
 bool TundecodableNamesProxy::isUndecodable(const QModelIndex& index) const
 {
-    return index.isValid() && index.model() == this && index.internalPointer() == &m_tag;
+    return folderOf(index) != nullptr;
 }
 
 QByteArray TundecodableNamesProxy::nativeName(const QModelIndex& index) const
@@ -238,23 +328,57 @@ QByteArray TundecodableNamesProxy::nativeName(const QModelIndex& index) const
     return entry ? entry->native : QByteArray();
 }
 
-bool TundecodableNamesProxy::isShownFolder(const QModelIndex& proxyParent) const
+TundecodableNamesProxy::Folder* TundecodableNamesProxy::folderOf(const QModelIndex& index) const
 {
-    return m_folder.isValid() && proxyParent.isValid() && !isUndecodable(proxyParent)
-        && QIdentityProxyModel::mapToSource(proxyParent) == m_folder;
+    // An appended row carries its folder as the internal pointer; no live source index can
+    // carry the same address.
+    if (!index.isValid() || index.model() != this)
+        return nullptr;
+    const void* pointer = index.internalPointer();
+    for (const auto& folder : m_folders) {
+        if (folder.get() == pointer)
+            return folder.get();
+    }
+    return nullptr;
 }
 
-int TundecodableNamesProxy::sourceRows() const
+TundecodableNamesProxy::Folder* TundecodableNamesProxy::servedBySource(const QModelIndex& sourceFolder) const
 {
-    return m_folder.isValid() && sourceModel() ? sourceModel()->rowCount(m_folder) : 0;
+    for (const auto& folder : m_folders) {
+        if (folder->index.isValid() && folder->index == sourceFolder)
+            return folder.get();
+    }
+    return nullptr;
+}
+
+TundecodableNamesProxy::Folder* TundecodableNamesProxy::servedById(quint64 id) const
+{
+    for (const auto& folder : m_folders) {
+        if (folder->id == id)
+            return folder.get();
+    }
+    return nullptr;
+}
+
+TundecodableNamesProxy::Folder* TundecodableNamesProxy::servedAt(const QModelIndex& proxyParent) const
+{
+    if (m_folders.empty() || !proxyParent.isValid() || isUndecodable(proxyParent))
+        return nullptr;
+    return servedBySource(QIdentityProxyModel::mapToSource(proxyParent));
+}
+
+int TundecodableNamesProxy::sourceRows(const Folder& folder) const
+{
+    return folder.index.isValid() && sourceModel() ? sourceModel()->rowCount(folder.index) : 0;
 }
 
 const TundecodableNamesProxy::Entry* TundecodableNamesProxy::entryAt(const QModelIndex& index) const
 {
-    if (!isUndecodable(index))
+    const Folder* folder = folderOf(index);
+    if (!folder)
         return nullptr;
-    const int at = index.row() - sourceRows();
-    return at >= 0 && at < m_rows.size() ? &m_rows.at(at) : nullptr;
+    const int at = index.row() - sourceRows(*folder);
+    return at >= 0 && at < folder->rows.size() ? &folder->rows.at(at) : nullptr;
 }
 
 QModelIndex TundecodableNamesProxy::mapToSource(const QModelIndex& proxyIndex) const
@@ -271,11 +395,12 @@ QItemSelection TundecodableNamesProxy::mapSelectionToSource(const QItemSelection
     for (const QItemSelectionRange& range : selection) {
         if (!range.isValid())
             continue;
-        if (!isShownFolder(range.parent())) {
+        const Folder* folder = servedAt(range.parent());
+        if (!folder) {
             real.append(range);
             continue;
         }
-        const int last = std::min(range.bottom(), sourceRows() - 1);
+        const int last = std::min(range.bottom(), sourceRows(*folder) - 1);
         if (range.top() <= last)
             real.append(QItemSelectionRange(index(range.top(), range.left(), range.parent()),
                                             index(last, range.right(), range.parent())));
@@ -287,11 +412,11 @@ QModelIndex TundecodableNamesProxy::index(int row, int column, const QModelIndex
 {
     if (row < 0 || column < 0 || isUndecodable(parent))
         return QModelIndex();
-    if (isShownFolder(parent)) {
-        const int real = sourceRows();
+    if (Folder* folder = servedAt(parent)) {
+        const int real = sourceRows(*folder);
         if (row >= real) {
-            if (row - real < m_rows.size() && column < QIdentityProxyModel::columnCount(parent))
-                return createIndex(row, column, &m_tag);
+            if (row - real < folder->rows.size() && column < QIdentityProxyModel::columnCount(parent))
+                return createIndex(row, column, folder);
             return QModelIndex();
         }
     }
@@ -300,8 +425,8 @@ QModelIndex TundecodableNamesProxy::index(int row, int column, const QModelIndex
 
 QModelIndex TundecodableNamesProxy::parent(const QModelIndex& child) const
 {
-    if (isUndecodable(child))
-        return mapFromSource(m_folder);
+    if (const Folder* folder = folderOf(child))
+        return mapFromSource(folder->index);
     return QIdentityProxyModel::parent(child);
 }
 
@@ -310,7 +435,7 @@ QModelIndex TundecodableNamesProxy::sibling(int row, int column, const QModelInd
     if (!idx.isValid())
         return QModelIndex();
     const QModelIndex above = parent(idx);
-    if (isShownFolder(above))
+    if (servedAt(above))
         return index(row, column, above);
     return QIdentityProxyModel::sibling(row, column, idx);
 }
@@ -320,7 +445,8 @@ int TundecodableNamesProxy::rowCount(const QModelIndex& parent) const
     if (isUndecodable(parent))
         return 0;
     const int rows = QIdentityProxyModel::rowCount(parent);
-    return isShownFolder(parent) ? rows + int(m_rows.size()) : rows;
+    const Folder* folder = servedAt(parent);
+    return folder ? rows + int(folder->rows.size()) : rows;
 }
 
 int TundecodableNamesProxy::columnCount(const QModelIndex& parent) const
@@ -332,7 +458,8 @@ bool TundecodableNamesProxy::hasChildren(const QModelIndex& parent) const
 {
     if (isUndecodable(parent))
         return false;
-    if (!m_rows.isEmpty() && isShownFolder(parent))
+    const Folder* folder = servedAt(parent);
+    if (folder && !folder->rows.isEmpty())
         return true;
     return QIdentityProxyModel::hasChildren(parent);
 }
@@ -459,96 +586,102 @@ QIcon TundecodableNamesProxy::iconFor(const Entry& entry) const
     return icon;
 }
 
-void TundecodableNamesProxy::scheduleScan()
+void TundecodableNamesProxy::scheduleScan(Folder* folder)
 {
     // A listing arrives in many batches: one read after them all.
-    if (m_scanQueued)
+    if (folder->scanQueued)
         return;
-    m_scanQueued = true;
+    folder->scanQueued = true;
     QMetaObject::invokeMethod(
         this,
-        [this] {
-            m_scanQueued = false;
-            rescan();
+        [this, id = folder->id] {
+            if (Folder* served = servedById(id)) {
+                served->scanQueued = false;
+                startScan(served);
+            }
         },
         Qt::QueuedConnection);
 }
 
-void TundecodableNamesProxy::startScan()
+void TundecodableNamesProxy::startScan(Folder* folder)
 {
-    if (m_scanning) {
-        m_rescanWanted = true;
+    if (folder->path.isEmpty())
+        return;
+    if (folder->scanning) {
+        folder->rescanWanted = true;
         return;
     }
     if (!QCoreApplication::instance())
         return;
-    m_scanning = true;
-    m_rescanWanted = false;
-    const std::shared_ptr<Shared> shared = m_shared;
-    const QString folder = m_folderPath;
-    const QByteArray native = QFile::encodeName(folder);
-    const quint64 generation = m_generation;
+    folder->scanning = true;
+    folder->rescanWanted = false;
+    const std::shared_ptr<std::atomic_bool> cancelled = folder->cancelled;
+    const QByteArray native = QFile::encodeName(folder->path);
+    const quint64 id = folder->id;
     const QString extensions = hiddenExtensions();
+    const bool foldersOnly = m_foldersOnly;
     const QPointer<TundecodableNamesProxy> self(this);
-    readPool()->start([shared, folder, native, extensions, generation, self] {
-        if (shared->cancelled)
+    readPool()->start([cancelled, native, extensions, foldersOnly, id, self] {
+        if (*cancelled)
             return;
-        QVector<Entry> found = readFolder(native, extensions, &shared->cancelled);
-        if (shared->cancelled)
+        QVector<Entry> found = readFolder(native, extensions, cancelled.get(), foldersOnly);
+        if (*cancelled)
             return;
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, folder, generation, found = std::move(found)] {
+            [self, id, found = std::move(found)] {
                 if (self)
-                    self->onScanned(folder, generation, found);
+                    self->onScanned(id, found);
             },
             Qt::QueuedConnection);
     });
 }
 
-void TundecodableNamesProxy::onScanned(const QString& folder, quint64 generation, QVector<Entry> found)
+void TundecodableNamesProxy::onScanned(quint64 id, QVector<Entry> found)
 {
-    m_scanning = false;
-    const bool current = folder == m_folderPath && generation == m_generation;
-    if (current) {
-        m_found = std::move(found);
-        applyRows();
-    }
-    // The folder changed while it was read, or another folder is shown now.
-    if ((m_rescanWanted || !current) && !m_folderPath.isEmpty())
-        startScan();
-    if (current)
-        Q_EMIT scanned(folder);
+    // No longer served: the answer is for nobody.
+    Folder* folder = servedById(id);
+    if (!folder)
+        return;
+    folder->scanning = false;
+    folder->found = std::move(found);
+    applyRows(*folder);
+    // The folder changed while it was read.
+    if (folder->rescanWanted)
+        startScan(folder);
+    Q_EMIT scanned(folder->path);
 }
 
-void TundecodableNamesProxy::applyRows()
+void TundecodableNamesProxy::applyRows(Folder& served)
 {
-    if (!m_folder.isValid()) {
-        m_rows.clear();
+    if (!served.index.isValid()) {
+        served.rows.clear();
         return;
     }
     QVector<Entry> wanted;
     QSet<QByteArray> wantedNames;
-    for (const Entry& entry : std::as_const(m_found)) {
-        if (matchesSearch(entry.name)) {
+    for (const Entry& entry : std::as_const(served.found)) {
+        // A read made before the mode changed may still hold files.
+        if (matchesSearch(entry.name) && (entry.isDir || !m_foldersOnly)) {
             wanted.append(entry);
             wantedNames.insert(entry.native);
         }
     }
-    const QModelIndex folder = mapFromSource(m_folder);
-    const int base = sourceRows();
+    QVector<Entry>& rows = served.rows;
+    const QModelIndex folder = mapFromSource(served.index);
+    const int base = sourceRows(served);
 
     // Rows no longer wanted go first, from the end, a run at a time.
-    for (int last = int(m_rows.size()) - 1; last >= 0;) {
-        if (wantedNames.contains(m_rows.at(last).native)) {
+    for (int last = int(rows.size()) - 1; last >= 0;) {
+        if (wantedNames.contains(rows.at(last).native)) {
             --last;
             continue;
         }
         int first = last;
-        while (first > 0 && !wantedNames.contains(m_rows.at(first - 1).native))
+        while (first > 0 && !wantedNames.contains(rows.at(first - 1).native))
             --first;
         beginRemoveRows(folder, base + first, base + last);
-        m_rows.remove(first, last - first + 1);
+        rows.remove(first, last - first + 1);
         endRemoveRows();
         last = first - 1;
     }
@@ -556,9 +689,9 @@ void TundecodableNamesProxy::applyRows()
     // What is left is in byte order and a part of wanted: the new rows slot in between.
     int at = 0;
     for (int i = 0; i < wanted.size();) {
-        if (at < m_rows.size() && m_rows.at(at).native == wanted.at(i).native) {
-            if (!sameEntry(m_rows.at(at), wanted.at(i))) {
-                m_rows[at] = wanted.at(i);
+        if (at < rows.size() && rows.at(at).native == wanted.at(i).native) {
+            if (!sameEntry(rows.at(at), wanted.at(i))) {
+                rows[at] = wanted.at(i);
                 Q_EMIT dataChanged(index(base + at, 0, folder),
                                    index(base + at, QIdentityProxyModel::columnCount(folder) - 1, folder));
             }
@@ -567,28 +700,28 @@ void TundecodableNamesProxy::applyRows()
             continue;
         }
         int end = i;
-        while (end < wanted.size() && (at >= m_rows.size() || wanted.at(end).native < m_rows.at(at).native))
+        while (end < wanted.size() && (at >= rows.size() || wanted.at(end).native < rows.at(at).native))
             ++end;
         beginInsertRows(folder, base + at, base + at + (end - i) - 1);
         for (int k = i; k < end; ++k)
-            m_rows.insert(at + (k - i), wanted.at(k));
+            rows.insert(at + (k - i), wanted.at(k));
         endInsertRows();
         at += end - i;
         i = end;
     }
 }
 
-void TundecodableNamesProxy::removeAllRows()
+void TundecodableNamesProxy::removeAllRows(Folder& served)
 {
-    if (m_rows.isEmpty())
+    if (served.rows.isEmpty())
         return;
-    if (!m_folder.isValid()) {
-        m_rows.clear();
+    if (!served.index.isValid()) {
+        served.rows.clear();
         return;
     }
-    const int base = sourceRows();
-    beginRemoveRows(mapFromSource(m_folder), base, base + int(m_rows.size()) - 1);
-    m_rows.clear();
+    const int base = sourceRows(served);
+    beginRemoveRows(mapFromSource(served.index), base, base + int(served.rows.size()) - 1);
+    served.rows.clear();
     endRemoveRows();
 }
 
@@ -605,20 +738,23 @@ void TundecodableNamesProxy::dropPersistentRows()
 
 void TundecodableNamesProxy::onSourceRowsAboutToBeRemoved(const QModelIndex& parent, int first, int last)
 {
-    // The shown folder itself (or one above it) is going: its rows go before it does, while
+    // A served folder itself (or one above it) is going: its rows go before it does, while
     // their parent can still be named.
-    for (QModelIndex at = m_folder; at.isValid(); at = at.parent()) {
-        if (at.parent() == parent && at.row() >= first && at.row() <= last) {
-            removeAllRows();
-            m_found.clear();
-            return;
+    for (const auto& folder : m_folders) {
+        for (QModelIndex at = folder->index; at.isValid(); at = at.parent()) {
+            if (at.parent() == parent && at.row() >= first && at.row() <= last) {
+                removeAllRows(*folder);
+                folder->found.clear();
+                break;
+            }
         }
     }
 }
 
 QVector<TundecodableNamesProxy::Entry> TundecodableNamesProxy::readFolder(const QByteArray& path,
                                                                           const QString& extensions,
-                                                                          const std::atomic_bool* stop)
+                                                                          const std::atomic_bool* stop,
+                                                                          bool foldersOnly)
 {
     QVector<Entry> found;
     // As the filter proxy builds it: matched against the name from its first dot on.
@@ -658,6 +794,8 @@ QVector<TundecodableNamesProxy::Entry> TundecodableNamesProxy::readFolder(const 
             if (S_ISLNK(info.st_mode) && ::fstatat(fd, item->d_name, &target, 0) == 0)
                 entry.isDir = S_ISDIR(target.st_mode);
         }
+        if (foldersOnly && !entry.isDir)
+            continue;
         if (!entry.isDir) {
             const QList<QMimeType> types = mimes.mimeTypesForFileName(entry.name);
             const QMimeType mime =

@@ -13,31 +13,34 @@
 
 #include <atomic>
 #include <memory>
+#include <vector>
 
-// Sits between the content views and the filter proxy, and lists what the file model cannot:
-// the entries of the shown folder whose names are not valid UTF-8, which Qt's directory
-// listing leaves out. Everything of the source passes through unchanged; after the source's
-// rows of the shown folder (only that folder) come one row per such entry, in byte order of
-// the names. Real rows the source inserts always go before them.
+// Sits between a view and the filter proxy, and lists what the file model cannot: the entries
+// whose names are not valid UTF-8, which Qt's directory listing leaves out. Everything of the
+// source passes through unchanged; after the source's rows of each folder served (and only
+// those) come one row per such entry, in byte order of the names. Real rows the source inserts
+// always go before them. The content views serve one folder, the one shown (setFolder); the
+// side panel's tree serves every folder it has expanded (addFolder, removeFolder), and lists
+// sub-folders only (setFoldersOnly).
 //
 // Such a row shows the name decoded with U+FFFD replacement characters, greyed, with the kind
 // icon of a file or the folder icon, its size, kind and modification time (from lstat of the
 // raw path), and a tooltip that says why nothing can be done with it. It is enabled but
-// neither selectable, editable nor draggable, maps to no source index, and carries no path:
-// the host could not be told which file it is. Names the browser hides anyway ("." or "__"
-// and a word character, "*_res.py") are not listed, and a search text narrows them as it
-// narrows the real rows.
+// neither selectable, editable, draggable nor expandable, maps to no source index, and carries
+// no path: the host could not be told which file it is. Names the browser hides anyway ("."
+// or "__" and a word character, "*_res.py") are not listed, and a search text narrows them as
+// it narrows the real rows.
 //
-// Threads: every member is called on the GUI thread. The folder is read (opendir/readdir on
-// its native path, then lstat of each undecodable name) on a pool thread of its own; the
-// answer comes back queued and is dropped when the folder shown changed meanwhile. A read is
-// started when the folder is set, on rescan(), when the folder's listing completes, and at
-// most every quarter second while the source's rows of that folder change (a large folder
-// arrives in many batches); at most one runs at a time, and changes during a read ask for one
-// more afterwards.
-// Cancelling: destroying the model makes a queued read skip and a running one stop at its
-// next entry; their answers are dropped.
-// Memory: at most maxRows entries for the one folder shown.
+// Threads: every member is called on the GUI thread. Folders are read (opendir/readdir on
+// their native path, then lstat of each undecodable name) on one pool thread of their own; an
+// answer comes back queued and is dropped when its folder is no longer served. A folder is
+// read when it starts being served, on rescan(), when its listing completes, and at most
+// every quarter second while the source's rows of that folder change (a large folder arrives
+// in many batches); per folder at most one read runs at a time, and changes during a read ask
+// for one more afterwards.
+// Cancelling: a folder no longer served, or the model destroyed, makes its queued read skip
+// and its running one stop at the next entry; their answers are dropped.
+// Memory: at most maxRows entries per folder served.
 //
 // Persistent indexes on these rows follow insertions and removals; a layout change of the
 // source drops them (they become invalid), as the source cannot say where they went.
@@ -56,13 +59,24 @@ public:
     // same name, so that views connected to it by name keep working.
     void setSourceModel(QAbstractItemModel* sourceModel) override;
 
-    // The folder whose undecodable entries are appended: an index of the source model whose
-    // QFileSystemModel::FilePathRole is its path. The rows of the folder shown before go at
-    // once; the new folder's follow when read. An invalid index shows none. The folder shown
-    // already keeps its rows and is read again.
+    // Serves only sourceFolder: an index of the source model whose QFileSystemModel::FilePathRole
+    // is its path. The rows of the folders served before go at once; the new folder's follow
+    // when read. An invalid index serves none. The folder served already keeps its rows and is
+    // read again.
     void setFolder(const QModelIndex& sourceFolder);
-    QString folderPath() const { return m_folderPath; }
-    // Reads the shown folder again in the background; rows come and go with what it finds.
+    // Serves sourceFolder as well as those served already; one served already is read again.
+    void addFolder(const QModelIndex& sourceFolder);
+    // Stops serving sourceFolder: its rows go at once, a read of it under way is dropped.
+    void removeFolder(const QModelIndex& sourceFolder);
+    // Whether sourceFolder is served now.
+    bool isServed(const QModelIndex& sourceFolder) const;
+    // The path of the folder served first (the one setFolder named); empty when none is.
+    QString folderPath() const;
+    // Lists sub-folders only, for views that show no files (off by default). Served folders
+    // are read again.
+    void setFoldersOnly(bool foldersOnly);
+    bool foldersOnly() const { return m_foldersOnly; }
+    // Reads the folders served again in the background; rows come and go with what it finds.
     void rescan();
     // Narrows the appended rows to names matching "*text*" (wildcard, case-insensitive), as
     // the filter proxy narrows the folder's own rows; an empty text lists them all.
@@ -72,10 +86,10 @@ public:
     bool isUndecodable(const QModelIndex& index) const;
     // The entry's name as the file system has it; empty for any other index.
     QByteArray nativeName(const QModelIndex& index) const;
-    // How many rows are appended now.
-    int undecodableCount() const { return int(m_rows.size()); }
-    // Whether a read of the folder is under way or asked for.
-    bool isScanning() const { return m_scanning || m_rescanWanted || m_scanQueued || m_rowsChanged.isActive(); }
+    // How many rows are appended now, over every folder served.
+    int undecodableCount() const;
+    // Whether a read of a folder served is under way or asked for.
+    bool isScanning() const;
 
     QModelIndex mapToSource(const QModelIndex& proxyIndex) const override;
     QItemSelection mapSelectionToSource(const QItemSelection& selection) const override;
@@ -111,48 +125,62 @@ public:
     // Reads path (native bytes) as the pool thread does: the entries whose names do not
     // survive decoding, hidden names left out, at most maxRows, in byte order. extensions: an
     // alternation of hidden extensions, as the host's "contentBrowserFilterExtensions" (empty
-    // or invalid hides none). stop is polled between entries.
+    // or invalid hides none). stop is polled between entries. foldersOnly leaves out everything
+    // that is not a folder or a link to one.
     static QVector<Entry> readFolder(const QByteArray& path, const QString& extensions = QString(),
-                                     const std::atomic_bool* stop = nullptr);
+                                     const std::atomic_bool* stop = nullptr, bool foldersOnly = false);
 
 Q_SIGNALS:
     void rootPathChanged(QString newPath);
-    // A read of folder ended and its answer was taken (for those who wait on it).
+    // A read of a served folder ended and its answer was taken (for those who wait on it).
     void scanned(QString folder);
 
 private:
-    bool isShownFolder(const QModelIndex& proxyParent) const;
-    int sourceRows() const;
+    // One folder served: where it is, what its last read found and what is shown of it.
+    struct Folder
+    {
+        quint64 id = 0;
+        QPersistentModelIndex index;
+        QString path;
+        // All a read found; rows is the part of it shown (the search text decides).
+        QVector<Entry> found;
+        QVector<Entry> rows;
+        bool scanning = false;
+        bool rescanWanted = false;
+        bool scanQueued = false;
+        bool changed = false;
+        // Set when the folder is no longer served: its read stops.
+        std::shared_ptr<std::atomic_bool> cancelled = std::make_shared<std::atomic_bool>(false);
+    };
+
+    // The served folder whose proxy index is proxyParent; null for any other index.
+    Folder* servedAt(const QModelIndex& proxyParent) const;
+    Folder* servedBySource(const QModelIndex& sourceFolder) const;
+    Folder* servedById(quint64 id) const;
+    // The folder an appended row belongs to; null for any other index.
+    Folder* folderOf(const QModelIndex& index) const;
+    int sourceRows(const Folder& folder) const;
     const Entry* entryAt(const QModelIndex& index) const;
-    void startScan();
-    void scheduleScan();
-    void onScanned(const QString& folder, quint64 generation, QVector<Entry> found);
-    // Brings the appended rows in line with what was found and the search text.
-    void applyRows();
-    void removeAllRows();
+    Folder* serve(const QModelIndex& sourceFolder);
+    void forget(Folder* folder);
+    void forgetAll();
+    void startScan(Folder* folder);
+    void scheduleScan(Folder* folder);
+    void onScanned(quint64 id, QVector<Entry> found);
+    // Brings a folder's appended rows in line with what was found and the search text.
+    void applyRows(Folder& folder);
+    void removeAllRows(Folder& folder);
     bool matchesSearch(const QString& name) const;
     QIcon iconFor(const Entry& entry) const;
     void dropPersistentRows();
     void onSourceRowsAboutToBeRemoved(const QModelIndex& parent, int first, int last);
 
-    struct Shared
-    {
-        std::atomic_bool cancelled{false};
-    };
-    std::shared_ptr<Shared> m_shared;
-    // An address no source index can carry as its internal pointer: marks appended rows.
-    char m_tag = 0;
-    QPersistentModelIndex m_folder;
-    QString m_folderPath;
-    // All a read found; m_rows is the part of it shown (the search text decides).
-    QVector<Entry> m_found;
-    QVector<Entry> m_rows;
+    // Served in the order they were asked for; few (the folders a tree has open).
+    std::vector<std::unique_ptr<Folder>> m_folders;
+    quint64 m_nextId = 0;
+    bool m_foldersOnly = false;
     QRegularExpression m_search;
-    bool m_scanning = false;
-    bool m_rescanWanted = false;
-    bool m_scanQueued = false;
     QTimer m_rowsChanged;
-    quint64 m_generation = 0;
     mutable QHash<QString, QIcon> m_icons;
     mutable const void* m_iconsFor = nullptr;
 };

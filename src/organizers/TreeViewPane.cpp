@@ -16,6 +16,7 @@
 #include "TstringArray.h"
 #include "TtreeViewItemDelegate.h"
 #include "TuiScale.h"
+#include "TundecodableNamesProxy.h"
 
 #include <QAction>
 #include <QDir>
@@ -23,6 +24,7 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QScrollBar>
 #include <QSplitter>
 #include <QTabWidget>
@@ -108,11 +110,18 @@ void TreeViewPane::build(const QString& rootPath)
     m_proxy = new TdirectoryFilterProxy(this);
     m_proxy->setSourceModel(m_model);
     m_proxy->sort(0, Qt::AscendingOrder);
+    // Qt's listing leaves out names that are not valid UTF-8; the tree lists such folders.
+    m_view = new TundecodableNamesProxy(this);
+    m_view->setFoldersOnly(true);
+    m_view->setSourceModel(m_proxy);
     QAbstractItemModel* previous = m_tree->model();
-    m_tree->setModel(m_proxy);
-    if (previous && previous != m_proxy && previous->parent() == m_tree)
+    m_tree->setModel(m_view);
+    if (previous && previous != m_view && previous->parent() == m_tree)
         delete previous;
-    m_tree->setRootIndex(rootPath.isEmpty() ? QModelIndex() : proxyIndexOf(rootPath));
+    m_tree->setRootIndex(rootPath.isEmpty() ? QModelIndex() : systemIndex(rootPath));
+    // The root's folders are always in sight, as an expanded folder's are.
+    if (!rootPath.isEmpty())
+        m_view->addFolder(m_proxy->mapFromSource(m_model->index(rootPath)));
     for (int column = 1; column <= 3; ++column)
         m_tree->hideColumn(column);
     m_tree->header()->hide();
@@ -145,7 +154,7 @@ void TreeViewPane::build(const QString& rootPath)
     connect(m_tree, &QTreeView::expanded, this, &TreeViewPane::onTreeViewExpand);
     connect(m_tree, &QTreeView::collapsed, this, &TreeViewPane::onTreeViewCollapsed);
     m_tree->resizeColumnToContents(0);
-    m_delegate = new TtreeViewItemDelegate(m_options, m_model, m_proxy, this);
+    m_delegate = new TtreeViewItemDelegate(m_options, m_model, m_proxy, m_view, this);
     m_tree->setItemDelegate(m_delegate);
 
     // Listings arrive row by row and sorted in among the rows already there: each may push
@@ -217,33 +226,50 @@ void TreeViewPane::makeTabCurrent(TabId id)
         m_tabs->setCurrentIndex(index);
 }
 
-QModelIndex TreeViewPane::proxyIndexOf(const QString& path) const
+QModelIndex TreeViewPane::systemIndex(const QString& path) const
 {
     if (path.isEmpty())
         return QModelIndex();
-    return m_proxy->mapFromSource(m_model->index(path));
+    return m_view->mapFromSource(m_proxy->mapFromSource(m_model->index(path)));
 }
 
-QString TreeViewPane::pathOf(const QModelIndex& proxyIndex) const
+QModelIndex TreeViewPane::toProxy(const QModelIndex& index) const
 {
-    return m_model->filePath(m_proxy->mapToSource(proxyIndex));
+    if (index.model() == m_proxy)
+        return index;
+    return index.model() == m_view ? m_view->mapToSource(index) : QModelIndex();
 }
 
-bool TreeViewPane::isExpandableFolder(const QModelIndex& proxyIndex) const
+QModelIndex TreeViewPane::toTree(const QModelIndex& index) const
+{
+    if (index.model() == m_view)
+        return index;
+    return index.model() == m_proxy ? m_view->mapFromSource(index) : QModelIndex();
+}
+
+QString TreeViewPane::pathOf(const QModelIndex& index) const
+{
+    const QModelIndex filtered = toProxy(index);
+    return filtered.isValid() ? m_model->filePath(m_proxy->mapToSource(filtered)) : QString();
+}
+
+bool TreeViewPane::isExpandableFolder(const QModelIndex& index) const
 {
     // A folder with folders inside opens and closes in place; only a leaf folder is remembered
     // as "last clicked", so that choosing a folder inside an open one never folds it away.
-    return proxyIndex.isValid() && m_model->hasChildren(m_proxy->mapToSource(proxyIndex));
+    const QModelIndex filtered = toProxy(index);
+    return filtered.isValid() && m_model->hasChildren(m_proxy->mapToSource(filtered));
 }
 
 void TreeViewPane::treeViewClicked(QModelIndex index)
 {
-    if (!index.isValid())
-        return;
+    // A row of an undecodable name has no path to go to.
     const QString path = pathOf(index);
+    if (path.isEmpty())
+        return;
     if (!m_lastClicked.isEmpty() && m_lastClicked != path) {
         m_delegate->setIconOverride(m_lastClicked, QString::fromLatin1(kClosedFolderImage));
-        m_tree->collapse(proxyIndexOf(m_lastClicked));
+        m_tree->collapse(systemIndex(m_lastClicked));
         m_tree->viewport()->update();
     }
     Q_EMIT newPathSelected(path);
@@ -254,7 +280,7 @@ void TreeViewPane::setNewRootIndex(QString path)
 {
     const QFileInfo info(path);
     const QString folder = info.exists() && !info.isDir() ? info.absolutePath() : path;
-    const QModelIndex index = proxyIndexOf(folder);
+    const QModelIndex index = systemIndex(folder);
     if (!index.isValid())
         return;
     m_tree->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
@@ -264,10 +290,10 @@ void TreeViewPane::setNewRootIndex(QString path)
         m_lastClicked = folder;
 }
 
-void TreeViewPane::reveal(const QModelIndex& proxyIndex)
+void TreeViewPane::reveal(const QModelIndex& treeIndex)
 {
-    m_revealed = proxyIndex;
-    m_tree->scrollTo(proxyIndex);
+    m_revealed = treeIndex;
+    m_tree->scrollTo(treeIndex);
     // A hidden tree has no height to scroll in yet; it scrolls again when shown.
     scheduleReveal();
 }
@@ -294,6 +320,16 @@ bool TreeViewPane::eventFilter(QObject* watched, QEvent* event)
     if (watched == m_tree || (watched && watched->parent() == m_tree)) {
         switch (event->type()) {
         case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+            if (event->type() == QEvent::MouseButtonPress)
+                m_revealed = QModelIndex();
+            // A folder whose path cannot be expressed is only shown: a click on it must not
+            // take the selection away from the folder the user is in.
+            if (watched == m_tree->viewport()
+                && m_view->isUndecodable(m_tree->indexAt(static_cast<QMouseEvent*>(event)->position().toPoint())))
+                return true;
+            break;
         case QEvent::Wheel:
         case QEvent::KeyPress:
             // The user moves the tree now; it must not jump back under the pointer.
@@ -314,7 +350,7 @@ void TreeViewPane::expandTreeToIndex(QString path)
 {
     const QFileInfo info(path);
     const QString folder = info.exists() && !info.isDir() ? info.absolutePath() : path;
-    QModelIndex index = proxyIndexOf(folder);
+    QModelIndex index = systemIndex(folder);
     if (!index.isValid())
         return;
     // Opening the folder is only useful when the user can see it: open its ancestors too.
@@ -333,14 +369,17 @@ void TreeViewPane::updateCurrentTab(QString path)
 
 void TreeViewPane::addSelectedToFavorite()
 {
-    const QModelIndex current = m_tree->currentIndex();
-    if (current.isValid())
-        m_favorites->addPathToFavorites({pathOf(current)});
+    const QString path = pathOf(m_tree->currentIndex());
+    if (!path.isEmpty())
+        m_favorites->addPathToFavorites({path});
 }
 
 void TreeViewPane::openTreeviewContextMenu(QPoint pos)
 {
     if (!m_tree->selectionModel() || !m_tree->selectionModel()->hasSelection())
+        return;
+    // Nothing can be done with a folder whose path cannot be expressed.
+    if (m_view->isUndecodable(m_tree->indexAt(pos)))
         return;
     auto* menu = new QMenu(this);
     TuiScale::scaleWindowFont(m_options, menu);
@@ -394,15 +433,23 @@ void TreeViewPane::currentTabChanged(int currentIndex)
 
 void TreeViewPane::onTreeViewExpand(QModelIndex index)
 {
-    if (!index.isValid())
+    const QModelIndex filtered = toProxy(index);
+    if (!filtered.isValid())
         return;
-    m_delegate->setIconOverride(pathOf(index), QString::fromLatin1(kOpenFolderImage));
+    m_view->addFolder(filtered);
+    m_delegate->setIconOverride(pathOf(filtered), QString::fromLatin1(kOpenFolderImage));
 }
 
 void TreeViewPane::onTreeViewCollapsed(QModelIndex index)
 {
-    if (isExpandableFolder(index))
-        m_delegate->setIconOverride(pathOf(index), QString::fromLatin1(kClosedFolderImage));
+    const QModelIndex filtered = toProxy(index);
+    if (!filtered.isValid())
+        return;
+    // The root's folders stay in sight whatever is collapsed.
+    if (toTree(filtered) != m_tree->rootIndex())
+        m_view->removeFolder(filtered);
+    if (isExpandableFolder(filtered))
+        m_delegate->setIconOverride(pathOf(filtered), QString::fromLatin1(kClosedFolderImage));
 }
 
 // Per-context state. The location variable (named by the context key) holds the current tab
@@ -471,7 +518,7 @@ bool TreeViewPane::restoreLocation(const TstringArray& location)
     bool restored = false;
     if (tab == QLatin1String("system")) {
         makeTabCurrent(SystemTab);
-        const QModelIndex index = proxyIndexOf(folder);
+        const QModelIndex index = systemIndex(folder);
         if (index.isValid()) {
             treeViewClicked(index);
             expandTreeToIndex(folder);
@@ -512,7 +559,7 @@ void TreeViewPane::applyDefaults(const QString& defaultTab, const QString& defau
                        acceptedFolder.isEmpty() ? QStringLiteral("1") : QStringLiteral("0")});
     } else if (defaultTab == QLatin1String("system")) {
         makeTabCurrent(SystemTab);
-        const QModelIndex index = proxyIndexOf(defaultPath);
+        const QModelIndex index = systemIndex(defaultPath);
         if (index.isValid()) {
             treeViewClicked(index);
             expandTreeToIndex(defaultPath);

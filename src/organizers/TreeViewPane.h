@@ -20,6 +20,7 @@ class TprojectsOrganizer;
 class TreeViewFileIconProvider;
 class TstringArray;
 class TtreeViewItemDelegate;
+class TundecodableNamesProxy;
 
 // The browser's left side panel: Projects, System, Library and Favorites tabs. Whichever tab
 // the user works in, every chosen folder leaves through newPathSelected. Per host context it
@@ -29,6 +30,10 @@ class TtreeViewItemDelegate;
 // The System tree follows every chosen folder: it selects it and keeps it in sight while the
 // tree is still listing the folders around it, also while another tab is current (it
 // scrolls when it is shown again), until the user scrolls, clicks or types in the tree.
+//
+// Under every folder the tree has expanded (and under its root) it also lists the sub-folders
+// whose names are not valid UTF-8, after the real ones: greyed, never expandable, selectable
+// or chosen, as their path cannot be given to anyone.
 class TreeViewPane : public QWidget
 {
     Q_OBJECT
@@ -65,6 +70,10 @@ public:
     BrowserTreeView* systemTree() const { return m_tree; }
     TfileSystemModel* systemModel() const { return m_model; }
     TdirectoryFilterProxy* systemProxy() const { return m_proxy; }
+    // The System tree's own model: the filter proxy's rows and those of undecodable names.
+    TundecodableNamesProxy* systemViewModel() const { return m_view; }
+    // The System tree's index of the folder at path; invalid when the tree has no such row yet.
+    QModelIndex systemIndex(const QString& path) const;
     TtreeViewItemDelegate* systemDelegate() const { return m_delegate; }
     TprojectsOrganizer* projectsOrganizer() const { return m_projects; }
     TlibraryOrganizer* libraryOrganizer() const { return m_library; }
@@ -75,6 +84,7 @@ Q_SIGNALS:
     void newPathSelected(QString path);
 
 public Q_SLOTS:
+    // The slots taking an index accept one of the tree's model or of the filter proxy.
     void treeViewClicked(QModelIndex index);
     void setNewRootIndex(QString path);
     void expandTreeToIndex(QString path);
@@ -94,16 +104,19 @@ protected:
 
 private:
     // Keeps the selected folder in sight as rows arrive and when the tree is shown.
-    void reveal(const QModelIndex& proxyIndex);
+    void reveal(const QModelIndex& treeIndex);
     void scheduleReveal();
     void scrollToRevealed();
 
     void build(const QString& rootPath);
     void rebuildTabs();
     void makeTabCurrent(TabId id);
-    QModelIndex proxyIndexOf(const QString& path) const;
-    QString pathOf(const QModelIndex& proxyIndex) const;
-    bool isExpandableFolder(const QModelIndex& proxyIndex) const;
+    // The filter proxy's index for an index of the tree or of the proxy; invalid for a row of
+    // an undecodable name.
+    QModelIndex toProxy(const QModelIndex& index) const;
+    QModelIndex toTree(const QModelIndex& index) const;
+    QString pathOf(const QModelIndex& index) const;
+    bool isExpandableFolder(const QModelIndex& index) const;
     void applyDefaults(const QString& defaultTab, const QString& defaultPath);
     bool restoreLocation(const TstringArray& location);
     void appendProjectsEntry(TstringArray& location) const;
@@ -118,6 +131,7 @@ private:
     TfavoritesOrganizer* m_favorites = nullptr;
     TfileSystemModel* m_model = nullptr;
     TdirectoryFilterProxy* m_proxy = nullptr;
+    TundecodableNamesProxy* m_view = nullptr;
     std::unique_ptr<TreeViewFileIconProvider> m_iconProvider;
     TtreeViewItemDelegate* m_delegate = nullptr;
     bool m_showSystem = true;

@@ -3,6 +3,7 @@
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
 #include "TuiScale.h"
+#include "TundecodableNamesProxy.h"
 
 #include <QPainter>
 #include <QStyle>
@@ -10,11 +11,13 @@
 QPersistentModelIndex TtreeViewItemDelegate::s_paintedIndex;
 
 TtreeViewItemDelegate::TtreeViewItemDelegate(const TassetBrowserOptions* options, TfileSystemModel* model,
-                                             TdirectoryFilterProxy* proxy, QObject* parent)
+                                             TdirectoryFilterProxy* proxy, TundecodableNamesProxy* view,
+                                             QObject* parent)
     : QItemDelegate(parent)
     , m_options(options)
     , m_model(model)
     , m_proxy(proxy)
+    , m_view(view)
 {
 }
 
@@ -37,8 +40,14 @@ void TtreeViewItemDelegate::drawDecoration(QPainter* painter, const QStyleOption
                                            const QPixmap& pixmap) const
 {
     QString path;
-    if (s_paintedIndex.isValid() && s_paintedIndex.model() == m_proxy)
-        path = m_model->filePath(m_proxy->mapToSource(s_paintedIndex));
+    // A row of an undecodable name maps to nothing and keeps its own (greyed) icon.
+    QModelIndex filtered;
+    if (s_paintedIndex.isValid() && s_paintedIndex.model() == m_view)
+        filtered = m_view->mapToSource(s_paintedIndex);
+    else if (s_paintedIndex.isValid() && s_paintedIndex.model() == m_proxy)
+        filtered = s_paintedIndex;
+    if (filtered.isValid())
+        path = m_model->filePath(m_proxy->mapToSource(filtered));
     const auto it = m_overrides.constFind(path);
     if (path.isEmpty() || it == m_overrides.constEnd() || pixmap.isNull()) {
         QItemDelegate::drawDecoration(painter, option, rect, pixmap);

@@ -8,6 +8,7 @@
 class TassetBrowserOptions;
 class TdirectoryFilterProxy;
 class TfileSystemModel;
+class TundecodableNamesProxy;
 
 // Draws the System tree's folders, replacing a folder's icon with a named host image where
 // the side panel set one (open while expanded, closed again when it is collapsed).
@@ -16,8 +17,9 @@ class TtreeViewItemDelegate : public QItemDelegate
     Q_OBJECT
 
 public:
+    // Draws the items of view, the tree's model over proxy over model.
     TtreeViewItemDelegate(const TassetBrowserOptions* options, TfileSystemModel* model, TdirectoryFilterProxy* proxy,
-                          QObject* parent);
+                          TundecodableNamesProxy* view, QObject* parent);
 
     // imageName replaces the icon of the folder at the absolute path; an empty name restores
     // the model's own icon.
@@ -34,6 +36,7 @@ private:
     const TassetBrowserOptions* m_options;
     TfileSystemModel* m_model;
     TdirectoryFilterProxy* m_proxy;
+    TundecodableNamesProxy* m_view;
     QHash<QString, QString> m_overrides;
 
     // drawDecoration is not told which item it draws; paint notes it here first. Shared by

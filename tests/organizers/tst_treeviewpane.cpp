@@ -330,7 +330,6 @@ void TstTreeViewPane::chosenFolderComesIntoSight()
     layout->addWidget(pane);
     window.resize(300, 260);
     TfileSystemModel* model = pane->systemModel();
-    TdirectoryFilterProxy* proxy = pane->systemProxy();
     BrowserTreeView* tree = pane->systemTree();
 
     // Chosen before the event loop has run: nothing of the listing has arrived yet, and the
@@ -352,7 +351,7 @@ void TstTreeViewPane::chosenFolderComesIntoSight()
         pane->tabWidget()->setCurrentIndex(pane->tabIndex(TreeViewPane::SystemTab));
     }
 
-    const QPersistentModelIndex index = proxy->mapFromSource(model->index(target));
+    const QPersistentModelIndex index = pane->systemIndex(target);
     QVERIFY2(index.isValid() && tree->selectionModel()->isSelected(index), qPrintable(row + ": not selected"));
     const auto inSight = [tree, index] {
         const QRect rect = tree->visualRect(index);

@@ -146,7 +146,7 @@ QModelIndex TstAssetBrowser::systemIndex(const QString& path) const
 {
     auto* browser = static_cast<AssetBrowser*>(m_browser.get());
     TreeViewPane* side = browser->sidePanel();
-    return side->systemProxy()->mapFromSource(side->systemModel()->index(path));
+    return side->systemIndex(path);
 }
 
 void TstAssetBrowser::clickSystemFolder(const QString& path)
