@@ -72,6 +72,7 @@ TreeViewPane::~TreeViewPane()
     m_tree->removeEventFilter(this);
     m_tree->viewport()->removeEventFilter(this);
     delete m_tree;
+    delete m_view;
     delete m_model;
 }
 
