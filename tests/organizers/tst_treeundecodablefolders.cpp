@@ -68,6 +68,7 @@ private Q_SLOTS:
     void listedUnderAnOpenFolderOnly();
     void openingAgainDoesNotRepeatThem();
     void theRootListsThemUnopened();
+    void answersForFoldersLetGoAreDropped();
     void followsTheDisk_data();
     void followsTheDisk();
     void nothingActsOnThem_data();
@@ -238,6 +239,33 @@ void TstTreeUndecodableFolders::theRootListsThemUnopened()
     // Nothing collapses the root's own list.
     m_pane->onTreeViewCollapsed(root);
     QCOMPARE(names(root), QStringList({"parent", doorShown}));
+}
+
+void TstTreeUndecodableFolders::answersForFoldersLetGoAreDropped()
+{
+    QVERIFY(makeEntry(native(parentPath()) + '/' + door, QStringLiteral("folder")));
+    QVERIFY(makeEntry(native(parentPath()) + "/beta/\xe0" "b", QStringLiteral("folder")));
+    makePane();
+    TundecodableNamesProxy* model = m_pane->systemViewModel();
+    const auto filtered = [this](const QString& path) {
+        return m_pane->systemProxy()->mapFromSource(m_pane->systemModel()->index(path));
+    };
+    const QString beta = m_dir->filePath(QStringLiteral("parent/beta"));
+    QTRY_VERIFY(filtered(beta).isValid());
+    QSignalSpy scanned(model, &TundecodableNamesProxy::scanned);
+
+    // Let go before its read could answer; the reads take turns, so by the time the second
+    // folder's answer is in, the first one's would have been too.
+    model->addFolder(filtered(parentPath()));
+    model->removeFolder(filtered(parentPath()));
+    model->addFolder(filtered(beta));
+    QTRY_VERIFY(!scanned.isEmpty() && !model->isScanning());
+    QCOMPARE(scanned.first().at(0).toString(), beta);
+    QCOMPARE(scanned.size(), 1);
+    QVERIFY(!model->isServed(filtered(parentPath())));
+    QCOMPARE(model->undecodableCount(), 1);
+    QCOMPARE(model->rowCount(treeIndex(parentPath())), m_pane->systemProxy()->rowCount(filtered(parentPath())));
+    QCOMPARE(names(treeIndex(beta)).last(), QString::fromUtf8("\xe0" "b"));
 }
 
 void TstTreeUndecodableFolders::followsTheDisk_data()
