@@ -2,10 +2,14 @@
 
 #include <QCoreApplication>
 #include <QDirIterator>
+#include <QFile>
 #include <QPointer>
 #include <QThreadPool>
 
 #include <climits>
+
+#include <dirent.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -20,6 +24,39 @@ QThreadPool* sharedPool()
         pool->setObjectName(QStringLiteral("folderChildProbe"));
     }
     return pool;
+}
+
+// Qt's directory iterator leaves out names that are not valid UTF-8, which the views still
+// list (greyed): such a child counts too, judged by the same rule under its decoded name.
+template <typename Rule, typename Flag>
+bool hasUndecodableChild(const QString& path, QDir::Filters filters, const Rule& rule, const Flag& cancelled)
+{
+    const QByteArray native = QFile::encodeName(path);
+    DIR* dir = ::opendir(native.constData());
+    if (!dir)
+        return false;
+    bool found = false;
+    while (!found && !cancelled) {
+        const dirent* entry = ::readdir(dir);
+        if (!entry)
+            break;
+        const QByteArray name(entry->d_name);
+        const QString decoded = QString::fromUtf8(name);
+        if (decoded.toUtf8() == name)
+            continue;
+        if (name.startsWith('.') && !(filters & QDir::Hidden))
+            continue;
+        bool isDir = entry->d_type == DT_DIR;
+        if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
+            // Followed as the iterator follows links; never opened, so a FIFO cannot block.
+            struct stat info;
+            isDir = ::stat((native + '/' + name).constData(), &info) == 0 && S_ISDIR(info.st_mode);
+        }
+        const bool listed = isDir ? bool(filters & (QDir::Dirs | QDir::AllDirs)) : bool(filters & QDir::Files);
+        found = listed && rule(decoded, isDir);
+    }
+    ::closedir(dir);
+    return found;
 }
 
 // The folders a view asks about last are the ones on screen now.
@@ -81,6 +118,8 @@ void TfolderChildProbe::startScan(const QString& path)
                 const QString name = entry.fileName();
                 found = !name.isEmpty() && rule(name, entry.isDir());
             }
+            if (!found && !shared->cancelled)
+                found = hasUndecodableChild(path, filters, rule, shared->cancelled);
             if (shared->cancelled)
                 return;
             QMetaObject::invokeMethod(

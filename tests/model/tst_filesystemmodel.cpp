@@ -12,6 +12,7 @@
 #include <QThread>
 
 #include <dirent.h>
+#include <sys/stat.h>
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -148,30 +149,39 @@ void TestFileSystemModel::hasChildrenIgnoresPrivateFolders_data()
 {
     QTest::addColumn<QStringList>("entries");
     QTest::addColumn<bool>("expected");
+    // A folder made under a name that is not valid UTF-8, which Qt's own listing leaves out.
+    QTest::addColumn<QByteArray>("undecodableFolder");
     QTest::newRow("swatches and byte code only")
-        << QStringList{QStringLiteral(".velaSwatches/"), QStringLiteral("__pycache__/")} << false;
+        << QStringList{QStringLiteral(".velaSwatches/"), QStringLiteral("__pycache__/")} << false << QByteArray();
+    QTest::newRow("empty") << QStringList{} << false << QByteArray();
+    QTest::newRow("only a folder with an undecodable name") << QStringList{} << true << QByteArray("caf\xe9");
+    QTest::newRow("byte code beside an undecodable folder")
+        << QStringList{QStringLiteral("__pycache__/")} << true << QByteArray("\xff\xfe");
     QTest::newRow("any letter case")
-        << QStringList{QStringLiteral(".VELASWATCHES/"), QStringLiteral("__PyCache__/")} << false;
+        << QStringList{QStringLiteral(".VELASWATCHES/"), QStringLiteral("__PyCache__/")} << false << QByteArray();
     QTest::newRow("a real subfolder beside them")
-        << QStringList{QStringLiteral(".velaSwatches/"), QStringLiteral("scenes/")} << true;
-    QTest::newRow("another hidden folder") << QStringList{QStringLiteral(".git/")} << true;
+        << QStringList{QStringLiteral(".velaSwatches/"), QStringLiteral("scenes/")} << true << QByteArray();
+    QTest::newRow("another hidden folder") << QStringList{QStringLiteral(".git/")} << true << QByteArray();
     // Entries are judged by bare name against the current directory, which holds
     // "present.mb" but not "lonely.mb".
-    QTest::newRow("file unknown to the current directory") << QStringList{QStringLiteral("lonely.mb")} << true;
+    QTest::newRow("file unknown to the current directory") << QStringList{QStringLiteral("lonely.mb")} << true << QByteArray();
     QTest::newRow("file the current directory also holds")
-        << QStringList{QStringLiteral("present.mb"), QStringLiteral("__pycache__/")} << false;
+        << QStringList{QStringLiteral("present.mb"), QStringLiteral("__pycache__/")} << false << QByteArray();
 }
 
 void TestFileSystemModel::hasChildrenIgnoresPrivateFolders()
 {
     QFETCH(QStringList, entries);
     QFETCH(bool, expected);
+    QFETCH(QByteArray, undecodableFolder);
     QTemporaryDir dir;
     QTemporaryDir current;
     QVERIFY(makeEntries(current.path(), {QStringLiteral("present.mb")}));
     const QString folder = dir.filePath(QStringLiteral("folder"));
     QVERIFY(QDir().mkpath(folder));
     QVERIFY(makeEntries(folder, entries));
+    if (!undecodableFolder.isEmpty())
+        QVERIFY(::mkdir((QFile::encodeName(folder) + '/' + undecodableFolder).constData(), 0700) == 0);
     const QString previousCurrent = QDir::currentPath();
     const auto restoreCurrent = qScopeGuard([&] { QDir::setCurrent(previousCurrent); });
     QVERIFY(QDir::setCurrent(current.path()));
