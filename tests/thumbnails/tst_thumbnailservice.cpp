@@ -644,7 +644,9 @@ void TestThumbnailService::releasingAnOwnerWaitsForItsLoaderCalls()
     loader.reset();
     QTRY_VERIFY(service.activeWorkers() == 0);
     QVERIFY(calls > 0);
-    QCOMPARE(service.pendingCount(), 0);
+    // A call that was under way is forgotten when its answer reaches the GUI thread, which
+    // may be just after the worker is counted free.
+    QTRY_COMPARE(service.pendingCount(), 0);
 }
 
 QTEST_MAIN(TestThumbnailService)
