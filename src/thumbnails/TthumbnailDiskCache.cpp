@@ -344,7 +344,8 @@ QString TthumbnailDiskCache::configuredLocation()
             chosen = QDir::homePath() + chosen.mid(1);
         return QDir::cleanPath(QFileInfo(chosen).absoluteFilePath());
     }
-    // The base directory specification: a relative XDG_CACHE_HOME is to be ignored.
+    // A relative XDG_CACHE_HOME is ignored, as the desktop's other programs ignore it, so that
+    // the cache never lands wherever the process happens to be started.
     QString cacheHome = qEnvironmentVariable("XDG_CACHE_HOME");
     if (cacheHome.isEmpty() || QDir::isRelativePath(cacheHome))
         cacheHome = QDir::homePath() + QLatin1String("/.cache");

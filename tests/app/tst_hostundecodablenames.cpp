@@ -20,22 +20,12 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <cstdio>
-
-#include <fcntl.h>
-#include <ftw.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "TtestFiles.h"
 
 namespace {
 
 const QByteArray cafe("caf\xe9.png");
 const QByteArray door("d\xf8r");
-
-int removeEntry(const char* path, const struct stat*, int, struct FTW*)
-{
-    return ::remove(path);
-}
 
 QStringList errorsShown()
 {
@@ -72,21 +62,16 @@ void TstHostUndecodableNames::init()
     m_state = std::make_unique<TfreshHostState>();
     m_dir = std::make_unique<QTemporaryDir>();
     const QByteArray root = QFile::encodeName(m_dir->path());
-    for (const QByteArray& name : {QByteArray("crate.vela"), cafe}) {
-        const int fd = ::open((root + '/' + name).constData(), O_CREAT | O_WRONLY, 0644);
-        QVERIFY(fd >= 0);
-        QVERIFY(::write(fd, "scene", 5) == 5);
-        ::close(fd);
-    }
-    QVERIFY(::mkdir((root + '/' + door).constData(), 0755) == 0);
+    for (const QByteArray& name : {QByteArray("crate.vela"), cafe})
+        QVERIFY(TtestFiles::makeRawFile(root, name, "scene"));
+    QVERIFY(TtestFiles::makeRawFolder(root, door));
 }
 
 void TstHostUndecodableNames::cleanup()
 {
     m_window.reset();
-    // Qt's own removal cannot see these names: the scratch folder is emptied byte-wise.
     if (m_dir)
-        ::nftw(QFile::encodeName(m_dir->path()).constData(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+        TtestFiles::removeRawTree(m_dir->path());
     m_dir.reset();
     m_state.reset();
 }

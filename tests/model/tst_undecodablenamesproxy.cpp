@@ -27,6 +27,8 @@
 #include <QWindow>
 
 #include <algorithm>
+#include "TtestFiles.h"
+
 #include <memory>
 
 #include <cstdio>
@@ -38,33 +40,13 @@
 
 namespace {
 
-// Names made from raw bytes: Qt's own file functions would encode them as UTF-8.
 bool makeFile(const QByteArray& folder, const QByteArray& name, int bytes = 0)
 {
-    const QByteArray path = folder + '/' + name;
-    const int fd = ::open(path.constData(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
-    if (fd < 0)
-        return false;
-    const QByteArray content(bytes, 'x');
-    const bool written = bytes == 0 || ::write(fd, content.constData(), size_t(bytes)) == bytes;
-    return ::close(fd) == 0 && written;
+    return TtestFiles::makeRawFile(folder, name, QByteArray(bytes, 'x'));
 }
 
-bool makeFolder(const QByteArray& folder, const QByteArray& name)
-{
-    return ::mkdir((folder + '/' + name).constData(), 0755) == 0;
-}
-
-int removeEntry(const char* path, const struct stat*, int, struct FTW*)
-{
-    return ::remove(path);
-}
-
-// Qt's own removal cannot see these names either: the scratch folder is emptied byte-wise.
-void removeTree(const QString& folder)
-{
-    ::nftw(QFile::encodeName(folder).constData(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
-}
+using TtestFiles::makeRawFolder;
+using TtestFiles::removeRawTree;
 
 QString decoded(const QByteArray& name)
 {
@@ -135,7 +117,7 @@ void TestUndecodableNamesProxy::cleanup()
         popup->close();
     m_pane.reset();
     if (m_dir)
-        removeTree(m_dir->path());
+        removeRawTree(m_dir->path());
     m_dir.reset();
     m_host.reset();
     m_fresh.reset();
@@ -218,7 +200,7 @@ void TestUndecodableNamesProxy::readFolderLists()
     QFETCH(QString, extensions);
 
     QVERIFY(makeFile(native(), "plain.vela", 3));
-    QVERIFY(folder ? makeFolder(native(), name) : makeFile(native(), name, 7));
+    QVERIFY(folder ? makeRawFolder(native(), name) : makeFile(native(), name, 7));
     const QVector<TundecodableNamesProxy::Entry> found = TundecodableNamesProxy::readFolder(native(), extensions);
     QCOMPARE(found.size(), listed ? 1 : 0);
     if (!listed)
@@ -241,7 +223,7 @@ void TestUndecodableNamesProxy::readFolderIsOrderedAndBounded()
     const int made = TundecodableNamesProxy::maxRows + 5;
     for (int i = made - 1; i >= 0; --i)
         QVERIFY(makeFile(native(), QByteArray::number(i).rightJustified(5, '0') + "\xff"));
-    QVERIFY(makeFolder(native(), "\xfe"));
+    QVERIFY(makeRawFolder(native(), "\xfe"));
     const QVector<TundecodableNamesProxy::Entry> found = TundecodableNamesProxy::readFolder(native());
     QCOMPARE(found.size(), TundecodableNamesProxy::maxRows);
     for (int i = 1; i < found.size(); ++i)
@@ -265,8 +247,8 @@ void TestUndecodableNamesProxy::listedAfterTheRealRows()
     const char* tag = QTest::currentDataTag();
 
     QVERIFY(makeFile(native(), "zebra.vela", 10) && makeFile(native(), "apple.vela", 20));
-    QVERIFY(makeFolder(native(), "props"));
-    QVERIFY(makeFile(native(), cafe, 1234) && makeFolder(native(), door));
+    QVERIFY(makeRawFolder(native(), "props"));
+    QVERIFY(makeFile(native(), cafe, 1234) && makeRawFolder(native(), door));
     makePane();
     if (detailList)
         m_pane->setTreeViewVisible();
@@ -346,7 +328,7 @@ void TestUndecodableNamesProxy::followsTheDisk()
     QFETCH(QStringList, after);
     const char* tag = QTest::currentDataTag();
 
-    QVERIFY(makeFile(native(), "b.vela") && makeFile(native(), cafe) && makeFolder(native(), door));
+    QVERIFY(makeFile(native(), "b.vela") && makeFile(native(), cafe) && makeRawFolder(native(), door));
     makePane();
     show(m_dir->path(), 3);
     const QPersistentModelIndex doorRow = row(2);
@@ -390,7 +372,7 @@ void TestUndecodableNamesProxy::searchNarrowsThem()
     QFETCH(QString, text);
     QFETCH(QStringList, shown);
 
-    QVERIFY(makeFile(native(), "cafe.vela") && makeFile(native(), cafe) && makeFolder(native(), door));
+    QVERIFY(makeFile(native(), "cafe.vela") && makeFile(native(), cafe) && makeRawFolder(native(), door));
     makePane();
     show(m_dir->path(), 3);
     m_pane->listWidget()->setSearchText(QStringLiteral("zzz"));
@@ -418,7 +400,7 @@ void TestUndecodableNamesProxy::sortingKeepsThemLast()
     const char* tag = QTest::currentDataTag();
 
     QVERIFY(makeFile(native(), "a.vela", 1) && makeFile(native(), "b.vela", 50) && makeFile(native(), "c.vela", 9));
-    QVERIFY(makeFile(native(), cafe, 4000) && makeFolder(native(), door));
+    QVERIFY(makeFile(native(), cafe, 4000) && makeRawFolder(native(), door));
     makePane();
     m_pane->setTreeViewVisible();
     show(m_dir->path(), 5);
@@ -526,7 +508,7 @@ void TestUndecodableNamesProxy::nothingActsOnThem()
 
 void TestUndecodableNamesProxy::onlyTheShownFolder()
 {
-    QVERIFY(makeFile(native(), cafe) && makeFolder(native(), "sub"));
+    QVERIFY(makeFile(native(), cafe) && makeRawFolder(native(), "sub"));
     const QByteArray sub = native() + "/sub";
     QVERIFY(makeFile(sub, "inner.vela") && makeFile(sub, "\xf1" "a") && makeFile(sub, "\xf2" "b"));
     makePane();
@@ -547,15 +529,15 @@ void TestUndecodableNamesProxy::onlyTheShownFolder()
 
 void TestUndecodableNamesProxy::shownFolderRemoved()
 {
-    QVERIFY(makeFile(native(), cafe) && makeFolder(native(), "sub"));
+    QVERIFY(makeFile(native(), cafe) && makeRawFolder(native(), "sub"));
     const QByteArray sub = native() + "/sub";
-    QVERIFY(makeFile(sub, "inner.vela") && makeFile(sub, "\xf1" "a") && makeFolder(sub, "\xf2" "b"));
+    QVERIFY(makeFile(sub, "inner.vela") && makeFile(sub, "\xf1" "a") && makeRawFolder(sub, "\xf2" "b"));
     makePane();
     show(QFile::decodeName(sub), 3);
     const QPersistentModelIndex held = row(2);
 
     // Its rows go with it; the pane falls back to the parent and lists that one's.
-    removeTree(QFile::decodeName(sub));
+    removeRawTree(QFile::decodeName(sub));
     QTRY_COMPARE(m_pane->currentRootPath(), QDir::cleanPath(m_dir->path()));
     QTRY_COMPARE(names(), QStringList{decoded(cafe)});
     QVERIFY(!held.isValid());

@@ -26,6 +26,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "TtestFiles.h"
+
 namespace {
 
 // Raw bytes: Qt's own file functions would encode the names as UTF-8.
@@ -39,17 +41,6 @@ bool makeEntry(const QByteArray& path, const QString& kind)
     }
     const int fd = ::open(path.constData(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
     return fd >= 0 && ::close(fd) == 0;
-}
-
-int removeEntry(const char* path, const struct stat*, int, struct FTW*)
-{
-    return ::remove(path);
-}
-
-// Qt's own removal cannot see these names either.
-void removeTree(const QString& folder)
-{
-    ::nftw(QFile::encodeName(folder).constData(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
 }
 
 const QByteArray door("d\xf8r");  // Latin-1, from an old archive
@@ -107,7 +98,7 @@ void TstTreeUndecodableFolders::cleanup()
         popup->close();
     m_pane.reset();
     if (m_dir)
-        removeTree(m_dir->path());
+        TtestFiles::removeRawTree(m_dir->path());
     m_dir.reset();
     m_state.reset();
 }

@@ -12,7 +12,11 @@
 
 #ifdef Q_OS_UNIX
 #include <csignal>
+#include <fcntl.h>
+#include <ftw.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 namespace TtestFiles {
@@ -98,5 +102,30 @@ inline QString runChild(const QString& program, const QStringList& arguments, in
         return QStringLiteral("exit code %1: %2").arg(child.exitCode()).arg(QString::fromLocal8Bit(child.readAll()));
     return QString();
 }
+
+#ifdef Q_OS_UNIX
+// Names made from raw bytes (not valid UTF-8, say): Qt's own file functions would encode them.
+inline bool makeRawFile(const QByteArray& folder, const QByteArray& name, const QByteArray& bytes = QByteArray())
+{
+    const int fd = ::open((folder + '/' + name).constData(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
+    if (fd < 0)
+        return false;
+    const bool written = bytes.isEmpty() || ::write(fd, bytes.constData(), size_t(bytes.size())) == bytes.size();
+    return ::close(fd) == 0 && written;
+}
+
+inline bool makeRawFolder(const QByteArray& folder, const QByteArray& name)
+{
+    return ::mkdir((folder + '/' + name).constData(), 0755) == 0;
+}
+
+// Qt's own removal cannot see names it cannot decode: the folder is emptied byte-wise.
+inline void removeRawTree(const QString& folder)
+{
+    ::nftw(QFile::encodeName(folder).constData(),
+           [](const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }, 16,
+           FTW_DEPTH | FTW_PHYS);
+}
+#endif
 
 } // namespace TtestFiles
