@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QFileSystemModel>
 #include <QSet>
+#include <QTimer>
 
 namespace {
 const char* const filterExtensionsKey = "contentBrowserFilterExtensions";
@@ -120,6 +121,9 @@ TdirectoryFilterProxy::TdirectoryFilterProxy(QObject* parent)
     , m_searchPattern(QStringLiteral("*"))
     , m_searchExpression(searchExpression(m_searchPattern))
 {
+    m_sortTimer.setSingleShot(true);
+    m_sortTimer.setInterval(0);
+    connect(&m_sortTimer, &QTimer::timeout, this, &TdirectoryFilterProxy::sortDeferredBatch);
     TprefOptionVar::addClient(Tstring(filterExtensionsKey), this, clientTag, &TdirectoryFilterProxy::onOptionVarChanged);
 
     Tstring extensions("icon");
@@ -167,6 +171,8 @@ void TdirectoryFilterProxy::setSourceModel(QAbstractItemModel* sourceModel)
             << connect(sourceModel, &QAbstractItemModel::rowsAboutToBeMoved, this, forgetAll)
             << connect(sourceModel, &QAbstractItemModel::layoutAboutToBeChanged, this, forgetAll)
             << connect(sourceModel, &QAbstractItemModel::modelAboutToBeReset, this, forgetAll)
+            << connect(sourceModel, &QAbstractItemModel::rowsInserted, this,
+                       [this](const QModelIndex&, int first, int last) { deferSortOfBatch(last - first + 1); })
             << connect(sourceModel, &QAbstractItemModel::dataChanged, this,
                        [this](const QModelIndex& topLeft, const QModelIndex& bottomRight) {
                            forgetSortNames(topLeft.row(), bottomRight.row());
@@ -180,6 +186,31 @@ void TdirectoryFilterProxy::sort(int column, Qt::SortOrder order)
     if (auto* files = qobject_cast<TfileSystemModel*>(sourceModel()))
         files->setOrderShown(column == sizeColumn || column == dateModifiedColumn || column < 0);
     m_collatorChecked = false;
+    QSortFilterProxyModel::sort(column, order);
+}
+
+void TdirectoryFilterProxy::deferSortOfBatch(int rows)
+{
+    if (rows < deferredSortRows || m_sortDeferred || sortColumn() < 0 || !dynamicSortFilter())
+        return;
+    m_sortDeferred = true;
+    // A timer, not a posted call (as a single shot of 0 ms would be): the event loop serves
+    // input and the timers due before it, so the window answers between the batch and the sort.
+    m_sortTimer.start();
+}
+
+void TdirectoryFilterProxy::sortDeferredBatch()
+{
+    if (!m_sortDeferred)
+        return;
+    m_sortDeferred = false;
+    const int column = sortColumn();
+    const Qt::SortOrder order = sortOrder();
+    if (column < 0)
+        return;
+    // The base sorts only when the column or the order changes. Through the model's own
+    // order first, so that ties end as a fresh sort would leave them.
+    QSortFilterProxyModel::sort(-1, Qt::AscendingOrder);
     QSortFilterProxyModel::sort(column, order);
 }
 
@@ -284,6 +315,10 @@ bool TdirectoryFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex& s
 
 bool TdirectoryFilterProxy::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
+    // A large batch is being inserted: in the model's order, after the rows already shown
+    // (see deferSortOfBatch); the base asks the other way round when sorting descending.
+    if (m_sortDeferred)
+        return sortOrder() == Qt::AscendingOrder ? left.row() < right.row() : left.row() > right.row();
     const auto* model = qobject_cast<const QFileSystemModel*>(sourceModel());
     switch (left.column()) {
     case sizeColumn: {

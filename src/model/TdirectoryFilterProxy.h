@@ -9,6 +9,7 @@
 #include <QRegularExpression>
 #include <QSortFilterProxyModel>
 #include <QString>
+#include <QTimer>
 #include <QVector>
 
 #include <memory>
@@ -85,6 +86,16 @@ private:
     // sort of a 10,000-entry folder compares about 140,000 pairs, and asking the source for
     // both names each time cost most of the time the window froze.
     void forgetSortNames(int first, int last);
+    // A batch of at least this many new rows goes into the listing at its end, unsorted, and
+    // the whole listing is sorted in the next pass of the event loop: Qt lists a large
+    // folder in one batch, and placing every entry of it by comparing names, on top of
+    // making its entries, froze the window for the time of both. The rows shown at the top
+    // stay where they are in between.
+    static const int deferredSortRows = 512;
+    void deferSortOfBatch(int rows);
+    void sortDeferredBatch();
+    bool m_sortDeferred = false;
+    QTimer m_sortTimer;
     void setExtensions(const Tstring& extensions, bool filterAgain);
     static void onOptionVarChanged(Tclient* client, const Tmessage& message);
 

@@ -21,6 +21,8 @@ QThreadPool* sharedPool()
     if (!pool) {
         pool = new QThreadPool(QCoreApplication::instance());
         pool->setMaxThreadCount(2);
+        // Kept: starting a probe must never wait on the GUI thread for an idle thread's exit.
+        pool->setExpiryTimeout(-1);
         pool->setObjectName(QStringLiteral("folderChildProbe"));
     }
     return pool;

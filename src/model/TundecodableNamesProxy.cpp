@@ -52,6 +52,8 @@ QThreadPool* readPool()
     if (!pool) {
         pool = new QThreadPool(QCoreApplication::instance());
         pool->setMaxThreadCount(1);
+        // Kept: starting a read must never wait on the GUI thread for an idle thread's exit.
+        pool->setExpiryTimeout(-1);
         pool->setObjectName(QStringLiteral("undecodableNames"));
     }
     return pool;
@@ -410,17 +412,20 @@ QItemSelection TundecodableNamesProxy::mapSelectionToSource(const QItemSelection
 
 QModelIndex TundecodableNamesProxy::index(int row, int column, const QModelIndex& parent) const
 {
-    if (row < 0 || column < 0 || isUndecodable(parent))
+    if (row < 0 || column < 0 || isUndecodable(parent) || !sourceModel())
         return QModelIndex();
-    if (Folder* folder = servedAt(parent)) {
+    // A view lays out a folder of thousands of rows by asking for each one: one call to the
+    // source for a real row (the base class would make five, each looking up the folder).
+    const QModelIndex sourceParent = QIdentityProxyModel::mapToSource(parent);
+    const QModelIndex sourceIndex = sourceModel()->index(row, column, sourceParent);
+    if (sourceIndex.isValid())
+        return mapFromSource(sourceIndex);
+    if (Folder* folder = servedBySource(sourceParent)) {
         const int real = sourceRows(*folder);
-        if (row >= real) {
-            if (row - real < folder->rows.size() && column < QIdentityProxyModel::columnCount(parent))
-                return createIndex(row, column, folder);
-            return QModelIndex();
-        }
+        if (row >= real && row - real < folder->rows.size() && column < QIdentityProxyModel::columnCount(parent))
+            return createIndex(row, column, folder);
     }
-    return QIdentityProxyModel::index(row, column, parent);
+    return QModelIndex();
 }
 
 QModelIndex TundecodableNamesProxy::parent(const QModelIndex& child) const

@@ -205,6 +205,10 @@ TthumbnailService::TthumbnailService(QObject* parent)
     // What the user waits for right now (hover frames, the preview) has threads of its own at
     // the GUI thread's priority, so that a folder full of thumbnails never delays it.
     m_interactivePool.setMaxThreadCount(2);
+    // Idle threads are kept: handing work to a thread that is just expiring makes the GUI
+    // thread wait for its exit (several milliseconds on a busy machine).
+    m_pool.setExpiryTimeout(-1);
+    m_interactivePool.setExpiryTimeout(-1);
     m_loaderTimer.setSingleShot(true);
     m_loaderTimer.setInterval(0);
     connect(&m_loaderTimer, &QTimer::timeout, this, &TthumbnailService::runLoaderSlice);

@@ -110,6 +110,8 @@ private Q_SLOTS:
     void orderFollowsChanges();
     void tiesTakeTheModelsOrderAgain();
     void filtersApplyWhileOrderIsNotShown();
+    void largeBatchIsSortedAfterItLands_data();
+    void largeBatchIsSortedAfterItLands();
     void decorationOverride();
 
 private:
@@ -492,6 +494,82 @@ void TestDirectoryFilterProxy::filtersApplyWhileOrderIsNotShown()
     listing.model.setNameFilterDisables(false);
     listing.model.setNameFilters({QStringLiteral("*.txt")});
     QTRY_COMPARE(listing.shown(), (QStringList{QStringLiteral("a.txt"), QStringLiteral("c.txt")}));
+}
+
+// Qt lists a large folder as its first hundred entries, then the rest in one batch. The batch
+// lands unsorted after the rows already shown, which keep their places, and the whole listing
+// is sorted in a later pass, as a proxy made afresh would sort it.
+void TestDirectoryFilterProxy::largeBatchIsSortedAfterItLands_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<int>("order");
+    QTest::newRow("name") << 0 << int(Qt::AscendingOrder);
+    QTest::newRow("name, descending") << 0 << int(Qt::DescendingOrder);
+    QTest::newRow("size, with ties") << 1 << int(Qt::AscendingOrder);
+    QTest::newRow("size, with ties, descending") << 1 << int(Qt::DescendingOrder);
+}
+
+void TestDirectoryFilterProxy::largeBatchIsSortedAfterItLands()
+{
+    QFETCH(int, column);
+    QFETCH(int, order);
+    QTemporaryDir dir;
+    const int files = 1200;
+    for (int i = 0; i < files; ++i) {
+        // Names out of step with the order they are made in; four sizes, so sizes tie.
+        const QString name = QStringLiteral("f%1.txt").arg((i * 7919) % files, 4, 10, QLatin1Char('0'));
+        QVERIFY(makeEntries(dir.path(), {name}, 1 + i % 4));
+    }
+    Listing listing(dir.path());
+    listing.proxy.setDynamicSortFilter(true);
+    listing.proxy.sort(column, Qt::SortOrder(order));
+
+    int largeBatches = 0;
+    QStringList shownBefore;
+    QObject::connect(&listing.proxy, &QAbstractItemModel::rowsAboutToBeInserted, &listing.proxy,
+                     [&](const QModelIndex& parent, int first, int last) {
+                         if (last - first + 1 < 512 || !listing.root.isValid()
+                             || listing.proxy.mapToSource(parent) != listing.root)
+                             return;
+                         ++largeBatches;
+                         QVERIFY2(first == listing.proxy.rowCount(parent), "a large batch went in between the rows");
+                         shownBefore = listing.shown();
+                     });
+    QObject::connect(&listing.proxy, &QAbstractItemModel::rowsInserted, &listing.proxy,
+                     [&](const QModelIndex&, int first, int last) {
+                         if (last - first + 1 >= 512)
+                             QCOMPARE(listing.shown().mid(0, shownBefore.size()), shownBefore);
+                     });
+    // Shown, as a view shows it, before its entries arrive, and asked for again after each
+    // change of layout (the proxy forgets what nobody asks for).
+    listing.root = listing.model.setRootPath(dir.path());
+    QCOMPARE(listing.shown().size(), 0);
+    QObject::connect(&listing.proxy, &QAbstractItemModel::layoutChanged, &listing.proxy, [&] { listing.shown(); });
+    QVERIFY(listing.load(files));
+    QVERIFY2(largeBatches > 0, "the folder arrived in small batches only");
+
+    // Made again at each look: the model may still re-sort itself, which changes how ties go.
+    const auto freshOrder = [&] {
+        TdirectoryFilterProxy fresh;
+        fresh.setSourceModel(&listing.model);
+        fresh.sort(column, Qt::SortOrder(order));
+        QStringList names;
+        const QModelIndex freshRoot = fresh.mapFromSource(listing.root);
+        for (int row = 0; row < fresh.rowCount(freshRoot); ++row)
+            names << fresh.index(row, 0, freshRoot).data().toString();
+        return names;
+    };
+    QTRY_COMPARE(listing.shown(), freshOrder());
+    const QStringList freshNames = freshOrder();
+    QCOMPARE(freshNames.size(), files);
+    if (column == 0) {
+        QStringList byName = freshNames;
+        std::sort(byName.begin(), byName.end(),
+                  [](const QString& a, const QString& b) { return QString::localeAwareCompare(a, b) < 0; });
+        if (order == Qt::DescendingOrder)
+            std::reverse(byName.begin(), byName.end());
+        QCOMPARE(freshNames, byName);
+    }
 }
 
 void TestDirectoryFilterProxy::decorationOverride()
