@@ -136,13 +136,12 @@ private Q_SLOTS:
     void listedPathsNavigateOnlyWhenAsked();
     void focusLossReturnsToBreadCrumb_data();
     void focusLossReturnsToBreadCrumb();
-    void typingOffersCompletions();
     void historyButtonOpensWideList();
     void breadCrumbFoldersNavigate_data();
     void breadCrumbFoldersNavigate();
     void barMayGoWhileWarningIsOpen();
-    void oneEnterOneAnswerWithCompletionsOpen_data();
-    void oneEnterOneAnswerWithCompletionsOpen();
+    void oneKeyOneAnswerWithCompletionsOpen_data();
+    void oneKeyOneAnswerWithCompletionsOpen();
 
 private:
     QString at(const QString& relative) const;
@@ -517,30 +516,6 @@ void TestSearchToolbar::focusLossReturnsToBreadCrumb()
     QVERIFY2(m_bar->breadCrumb()->getPath() == shown, qPrintable(row + ": breadcrumb moved"));
 }
 
-void TestSearchToolbar::typingOffersCompletions()
-{
-    showInBreadCrumb(at(QStringLiteral("alpha/")));
-    startTyping();
-    QCompleter* completer = m_bar->pathEdit()->completer();
-    QVERIFY(completer);
-    auto* model = qobject_cast<QFileSystemModel*>(completer->model());
-    QVERIFY(model);
-    m_bar->pathEdit()->lineEdit()->selectAll();
-    QTest::keyClicks(m_bar->pathEdit(), at(QStringLiteral("alpha/d")));
-    // The folder is read in the background; a person typing gives it that time.
-    const QModelIndex alpha = model->index(at(QStringLiteral("alpha")));
-    if (model->canFetchMore(alpha))
-        model->fetchMore(alpha);
-    QTRY_VERIFY(model->rowCount(alpha) >= 2);
-    QTest::keyClicks(m_bar->pathEdit(), QStringLiteral("e"));
-
-    QTRY_VERIFY(completer->popup()->isVisible());
-    QCOMPARE(completer->currentCompletion(), at(QStringLiteral("alpha/delta")));
-    QVERIFY(!m_bar->isBreadCrumbMode());
-    QTest::keyClick(completer->popup(), Qt::Key_Escape);
-    QVERIFY(!m_bar->isBreadCrumbMode());
-}
-
 void TestSearchToolbar::historyButtonOpensWideList()
 {
     for (const char* folder : {"alpha/", "alpha/beta/", "alpha/delta/"})
@@ -624,21 +599,26 @@ void TestSearchToolbar::barMayGoWhileWarningIsOpen()
     QVERIFY(!bar);
 }
 
-void TestSearchToolbar::oneEnterOneAnswerWithCompletionsOpen_data()
+void TestSearchToolbar::oneKeyOneAnswerWithCompletionsOpen_data()
 {
     QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("completion");
+    QTest::addColumn<int>("key");
     QTest::addColumn<int>("navigations");
     QTest::addColumn<int>("warnings");
 
-    QTest::newRow("folder") << "~/alpha/beta" << 1 << 0;
-    QTest::newRow("missing path") << "~/alpha/bet" << 0 << 1;
+    QTest::newRow("Enter on a folder") << "~/alpha/beta" << "~/alpha/beta" << int(Qt::Key_Return) << 1 << 0;
+    QTest::newRow("Enter on a missing path") << "~/alpha/bet" << "~/alpha/beta" << int(Qt::Key_Return) << 0 << 1;
+    QTest::newRow("Escape closes only the list") << "~/alpha/de" << "~/alpha/delta" << int(Qt::Key_Escape) << 0 << 0;
 }
 
-// Enter pressed while the completion list is open, delivered as the window system delivers
-// it (to the open list first): one navigation, or one warning, never two.
-void TestSearchToolbar::oneEnterOneAnswerWithCompletionsOpen()
+// The key pressed while the completion list is open, delivered as the window system delivers
+// it (to the open list first): one navigation, or one warning, never two; Escape keeps typing.
+void TestSearchToolbar::oneKeyOneAnswerWithCompletionsOpen()
 {
     QFETCH(QString, typed);
+    QFETCH(QString, completion);
+    QFETCH(int, key);
     QFETCH(int, navigations);
     QFETCH(int, warnings);
     typed = expand(typed);
@@ -650,24 +630,30 @@ void TestSearchToolbar::oneEnterOneAnswerWithCompletionsOpen()
     // As the browser does: the bar shows what it chose.
     connect(m_bar, &SearchToolbar::newPathSelected, m_bar, &SearchToolbar::onNewPathSelected);
     QComboBox* edit = m_bar->pathEdit();
+    QCompleter* completer = edit->completer();
+    QVERIFY(completer);
     edit->lineEdit()->selectAll();
     QTest::keyClicks(edit, typed.chopped(1));
-    auto* model = qobject_cast<QFileSystemModel*>(edit->completer()->model());
+    // The folder is read in the background; a person typing gives it that time.
+    auto* model = qobject_cast<QFileSystemModel*>(completer->model());
     QVERIFY(model);
     const QModelIndex alpha = model->index(at(QStringLiteral("alpha")));
     if (model->canFetchMore(alpha))
         model->fetchMore(alpha);
     QTRY_VERIFY(model->rowCount(alpha) >= 2);
     QTest::keyClicks(edit, typed.right(1));
-    QTRY_VERIFY2(edit->completer()->popup()->isVisible(), qPrintable(row + ": no completions"));
+    QTRY_VERIFY2(completer->popup()->isVisible(), qPrintable(row + ": no completions"));
+    QVERIFY2(completer->currentCompletion() == expand(completion), qPrintable(row + ": " + completer->currentCompletion()));
 
-    QTest::keyClick(QApplication::activePopupWidget()->windowHandle(), Qt::Key_Return);
+    QTest::keyClick(QApplication::activePopupWidget()->windowHandle(), Qt::Key(key));
     QTRY_VERIFY2(selected.size() == navigations && m_boxes->seen.size() == warnings,
                  qPrintable(row + ": " + QString::number(selected.size()) + " navigations, "
                             + QString::number(m_boxes->seen.size()) + " warnings"));
     // Nothing else follows from the same key press.
     QCoreApplication::processEvents();
     QVERIFY2(selected.size() == navigations && m_boxes->seen.size() == warnings, qPrintable(row + ": more later"));
+    if (key == Qt::Key_Escape)
+        QVERIFY2(!completer->popup()->isVisible() && !m_bar->isBreadCrumbMode(), qPrintable(row + ": field left"));
     m_boxes->seen.clear();
 }
 

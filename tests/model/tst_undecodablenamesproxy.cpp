@@ -26,16 +26,12 @@
 #include <QTest>
 #include <QWindow>
 
-#include <algorithm>
 #include "TtestFiles.h"
+#include "TtestRecord.h"
 
+#include <algorithm>
 #include <memory>
 
-#include <cstdio>
-
-#include <fcntl.h>
-#include <ftw.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -263,7 +259,6 @@ void TestUndecodableNamesProxy::listedAfterTheRealRows()
         const QModelIndex index = row(number);
         const QString what = QStringLiteral("%1 row %2").arg(QLatin1String(tag)).arg(number);
         QVERIFY2(m_pane->isUndecodable(index) && !m_pane->isUndecodable(row(number - 3)), qPrintable(what));
-        QVERIFY2(index.data().toString().contains(QChar::ReplacementCharacter), qPrintable(what));
         QVERIFY2(index.flags() == (Qt::ItemIsEnabled | Qt::ItemNeverHasChildren), qPrintable(what));
         QVERIFY2(index.data(Qt::ToolTipRole).toString() == undecodableTip(), qPrintable(what));
         QVERIFY2(!index.data(Qt::DecorationRole).value<QIcon>().isNull(), qPrintable(what));
@@ -486,14 +481,8 @@ void TestUndecodableNamesProxy::nothingActsOnThem()
     }
     QCoreApplication::processEvents();
 
-    QStringList errors;
-    QStringList sent;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Error)
-            errors << entry.answer;
-        else if (entry.command.startsWith(QLatin1String("performFile")))
-            sent << entry.command;
-    }
+    const QStringList errors = TtestRecord::errors();
+    const QStringList sent = TtestRecord::commands().filter(QLatin1String("performFile"));
     QVERIFY2(sent.isEmpty(), qPrintable(QString(tag) + ": " + sent.join(u'|')));
     const QString why = TstringId("kContentBrowserUndecodableNameOpen")
                             .format({QDir::toNativeSeparators(QDir(root).filePath(decoded(cafe)))})
