@@ -1,6 +1,7 @@
 #include "TbrowserStrings.h"
 #include "TconfirmDeleteFavoriteDialog.h"
 #include "TfavoritesOrganizer.h"
+#include "TmodalAnswerer.h"
 #include "TrecordingHost.h"
 #include "TtestFiles.h"
 #include "TtestRecord.h"
@@ -9,9 +10,6 @@
 #include "TprefOptionVar.h"
 #include "TstringId.h"
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QCheckBox>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
@@ -21,53 +19,11 @@
 #include <QStandardItemModel>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 #include <QTreeView>
 
 namespace {
 
 const char* const kIgnoreKey = "CB_IgnoreConfirmDelete";
-
-// Answers every modal message box that comes up while it lives, noting what it showed.
-class TmodalAnswerer : public QObject
-{
-public:
-    struct Seen
-    {
-        QString text;
-        QString informativeText;
-        QString checkBoxText;
-    };
-
-    TmodalAnswerer(QMessageBox::StandardButton answer, bool tick)
-        : m_answer(answer)
-        , m_tick(tick)
-    {
-        connect(&m_timer, &QTimer::timeout, this, &TmodalAnswerer::answer);
-        m_timer.start(0);
-    }
-
-    QList<Seen> seen;
-
-private:
-    void answer()
-    {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (!box || !box->isVisible())
-            return;
-        seen.append(Seen{box->text(), box->informativeText(), box->checkBox() ? box->checkBox()->text() : QString()});
-        if (box->checkBox())
-            box->checkBox()->setChecked(m_tick);
-        if (QAbstractButton* button = box->button(m_answer))
-            button->click();
-        else
-            box->reject();
-    }
-
-    QMessageBox::StandardButton m_answer;
-    bool m_tick;
-    QTimer m_timer;
-};
 
 using TtestFiles::readBytes;
 using TtestRecord::errors;
@@ -148,7 +104,7 @@ void TestFavoritesOrganizer::init()
     m_content = m_temp->path() + QStringLiteral("/content");
     QVERIFY(QDir().mkpath(m_prefs));
     QVERIFY(TtestFiles::makeAll(m_content, {"Scenes/", "Scenes/hero.ma", "Scenes/notes.txt", "Textures/", "Props/",
-                                            "Models/", "Lights/", "Work/", "Scenes/say \"hi\" \\ there.ma"}));
+                                            "Models/", "Lights/", "Work/"}));
     m_options = m_host->options();
     m_options.setPreferenceDir(m_prefs.toStdString());
 }
@@ -614,9 +570,6 @@ void TestFavoritesOrganizer::fileCommands_data()
     QTest::newRow("reference with options, confirmed")
         << "hero.ma" << "referenceSysFileWithImportOptions" << 1 << "Reference"
         << "performFileReferenceAction( \"$C/Scenes/hero.ma\")";
-    QTest::newRow("a name with quotes and a backslash stays one string")
-        << "say \"hi\" \\ there.ma" << "importSysFile" << noDialog << ""
-        << "performFileSilentImportAction( \"$C/Scenes/say \\\"hi\\\" \\\\ there.ma\")";
     QTest::newRow("a folder selected: nothing") << "Work" << "importSysFile" << noDialog << "" << "";
 }
 
@@ -628,7 +581,7 @@ void TestFavoritesOrganizer::fileCommands()
     QFETCH(QString, expectedMode);
     QFETCH(QString, expectedCommand);
 
-    writeFile({"", "$C/Scenes/hero.ma", "", "$C/Scenes/say \\\"hi\\\" \\\\ there.ma", "Work", "$C/Props"});
+    writeFile({"", "$C/Scenes/hero.ma", "Work", "$C/Props"});
     select({file});
     QStringList requests;
     connect(organizer(), &TfavoritesOrganizer::optionsDialogRequested, organizer(),
