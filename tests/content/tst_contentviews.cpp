@@ -46,7 +46,6 @@ private Q_SLOTS:
     void unreasonableSizesChangeNothing_data();
     void unreasonableSizesChangeNothing();
     void rootPathChangeEndsTheAnimation();
-    void itemTextsUseTheHostFont();
     void detailNamesArrivingLateAreNotCut();
 
 private:
@@ -238,31 +237,6 @@ void TestContentViews::rootPathChangeEndsTheAnimation()
     Q_EMIT proxy.rootPathChanged(dir.path());
     QVERIFY(!view.listView()->animationWorker());
     QCOMPARE(item.data(Qt::DecorationRole).value<QIcon>().cacheKey(), normal);
-}
-
-namespace {
-class TlargeFontHost : public TrecordingHost
-{
-public:
-    QFont scaledFont(const QFont& font) const override
-    {
-        QFont larger = font;
-        larger.setPointSizeF(font.pointSizeF() * 2);
-        return larger;
-    }
-};
-} // namespace
-
-void TestContentViews::itemTextsUseTheHostFont()
-{
-    TlargeFontHost host;
-    const TassetBrowserOptions options = host.options();
-    QStandardItemModel model;
-    TcontentListView grid(&options, &model, nullptr);
-    TcontentTreeView details(&options, &model);
-    const qreal base = QFont().pointSizeF();
-    QCOMPARE(grid.listView()->font().pointSizeF(), 2 * base);
-    QCOMPARE(details.treeView()->font().pointSizeF(), 2 * base);
 }
 
 void TestContentViews::detailNamesArrivingLateAreNotCut()

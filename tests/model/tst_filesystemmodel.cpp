@@ -1,6 +1,7 @@
 #include "TfileSystemModel.h"
 #include "TfolderChildProbe.h"
 #include "TstringTable.h"
+#include "TtestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -51,22 +52,7 @@ int settledHasChildren(TfileSystemModel& model, const QModelIndex& index)
     return int(model.hasChildren(index));
 }
 
-// A name ending in '/' is a folder, any other a small file.
-bool makeEntries(const QString& dir, const QStringList& entries)
-{
-    for (const QString& entry : entries) {
-        if (entry.endsWith(QLatin1Char('/'))) {
-            if (!QDir(dir).mkpath(entry.chopped(1)))
-                return false;
-            continue;
-        }
-        QFile file(dir + QLatin1Char('/') + entry);
-        if (!QDir().mkpath(QFileInfo(file).absolutePath()) || !file.open(QIODevice::WriteOnly)
-            || file.write("data") != 4)
-            return false;
-    }
-    return true;
-}
+using TtestFiles::makeAll;
 
 bool listFolder(QFileSystemModel& model, const QString& folder, int rows)
 {
@@ -95,7 +81,7 @@ private Q_SLOTS:
 void TestFileSystemModel::overrideSlotHoldsOneValueForOneIndex()
 {
     QTemporaryDir dir;
-    QVERIFY(makeEntries(dir.path(), {QStringLiteral("a.mb"), QStringLiteral("b.mb")}));
+    QVERIFY(makeAll(dir.path(), {QStringLiteral("a.mb"), QStringLiteral("b.mb")}));
     TfileSystemModel model(nullptr);
     model.setReadOnly(false);
     QVERIFY(listFolder(model, dir.path(), 2));
@@ -122,7 +108,7 @@ void TestFileSystemModel::overrideSlotHoldsOneValueForOneIndex()
 void TestFileSystemModel::rootPathChangeEmptiesOverride()
 {
     QTemporaryDir dir;
-    QVERIFY(makeEntries(dir.path(), {QStringLiteral("one/a.mb"), QStringLiteral("two/b.mb")}));
+    QVERIFY(makeAll(dir.path(), {QStringLiteral("one/a.mb"), QStringLiteral("two/b.mb")}));
     TfileSystemModel model(nullptr);
     QVERIFY(listFolder(model, dir.filePath(QStringLiteral("one")), 1));
     QVERIFY(model.setData(model.index(dir.filePath(QStringLiteral("one/a.mb"))), QStringLiteral("frame"), Qt::UserRole));
@@ -135,7 +121,7 @@ void TestFileSystemModel::rootPathChangeEmptiesOverride()
 void TestFileSystemModel::nameEditStillRenamesOnDisk()
 {
     QTemporaryDir dir;
-    QVERIFY(makeEntries(dir.path(), {QStringLiteral("draft.mb")}));
+    QVERIFY(makeAll(dir.path(), {QStringLiteral("draft.mb")}));
     TfileSystemModel model(nullptr);
     model.setReadOnly(false);
     QVERIFY(listFolder(model, dir.path(), 1));
@@ -176,10 +162,10 @@ void TestFileSystemModel::hasChildrenIgnoresPrivateFolders()
     QFETCH(QByteArray, undecodableFolder);
     QTemporaryDir dir;
     QTemporaryDir current;
-    QVERIFY(makeEntries(current.path(), {QStringLiteral("present.mb")}));
+    QVERIFY(makeAll(current.path(), {QStringLiteral("present.mb")}));
     const QString folder = dir.filePath(QStringLiteral("folder"));
     QVERIFY(QDir().mkpath(folder));
-    QVERIFY(makeEntries(folder, entries));
+    QVERIFY(makeAll(folder, entries));
     if (!undecodableFolder.isEmpty())
         QVERIFY(::mkdir((QFile::encodeName(folder) + '/' + undecodableFolder).constData(), 0700) == 0);
     const QString previousCurrent = QDir::currentPath();
@@ -205,7 +191,7 @@ void TestFileSystemModel::hasChildrenNeverListsOnTheGuiThread()
     QStringList files;
     for (int i = 0; i < 3000; ++i)
         files << QStringLiteral("entry_%1.txt").arg(i);
-    QVERIFY(makeEntries(big, files));
+    QVERIFY(makeAll(big, files));
 
     TfileSystemModel model(nullptr);
     model.setFilter(QDir::AllDirs | QDir::NoDotAndDotDot);
@@ -227,7 +213,7 @@ void TestFileSystemModel::arrowFollowsTheListing()
 {
     QTemporaryDir dir;
     const QString folder = dir.filePath(QStringLiteral("folder"));
-    QVERIFY(makeEntries(dir.path(), {QStringLiteral("folder/only/")}));
+    QVERIFY(makeAll(dir.path(), {QStringLiteral("folder/only/")}));
     TfileSystemModel model(nullptr);
     model.setFilter(QDir::AllDirs | QDir::NoDotAndDotDot);
     QVERIFY(listFolder(model, dir.path(), 1));
@@ -268,7 +254,7 @@ void TestFileSystemModel::typeColumnNamesFormats()
     QFETCH(QString, key);
     const QString row = QString::fromLatin1(QTest::currentDataTag());
     QTemporaryDir dir;
-    QVERIFY(makeEntries(dir.path(), {entry}));
+    QVERIFY(makeAll(dir.path(), {entry}));
     TfileSystemModel model(nullptr);
     QVERIFY(listFolder(model, dir.path(), 1));
     const QModelIndex name = model.index(dir.filePath(entry.endsWith(u'/') ? entry.chopped(1) : entry));

@@ -23,6 +23,15 @@ namespace {
 
 using TswatchFrames::progressColour;
 
+// Frames 1 to count.
+QList<int> framesUpTo(int count)
+{
+    QList<int> frames;
+    for (int frame = 1; frame <= count; ++frame)
+        frames << frame;
+    return frames;
+}
+
 qint64 decorationKey(const QModelIndex& index)
 {
     return index.data(Qt::DecorationRole).value<QIcon>().cacheKey();
@@ -145,10 +154,7 @@ void TestIconAnimationWorker::progressLineGrowsWithEachFrame()
     QFETCH(int, frameCount);
     QFETCH(int, penWidth);
     Listing listing(scale);
-    QList<int> frames;
-    for (int frame = 1; frame <= frameCount; ++frame)
-        frames << frame;
-    const QPersistentModelIndex item = listing.walk(frames, QSize(180, 60));
+    const QPersistentModelIndex item = listing.walk(framesUpTo(frameCount), QSize(180, 60));
     QVERIFY(item.isValid());
 
     // Frames are fitted into the frame size: 180 by 60 becomes 120 by 40.
@@ -238,10 +244,7 @@ void TestIconAnimationWorker::itemThatLeavesTheModelShowsNothing()
 void TestIconAnimationWorker::firstFrameShowsAtOnceAndTheRestJoinTheLoop()
 {
     Listing listing;
-    QList<int> frames;
-    for (int frame = 1; frame <= 24; ++frame)
-        frames << frame;
-    const QPersistentModelIndex item = listing.walk(frames, QSize(256, 256));
+    const QPersistentModelIndex item = listing.walk(framesUpTo(24), QSize(256, 256));
     QVERIFY(item.isValid());
     TiconAnimationWorker worker(listing.proxy.get(), &listing.service, &listing.options, item, QSize(128, 128));
     QSignalSpy shown(&worker, &TiconAnimationWorker::newIconToDisplay);
@@ -260,10 +263,7 @@ void TestIconAnimationWorker::firstFrameShowsAtOnceAndTheRestJoinTheLoop()
 void TestIconAnimationWorker::leavingCancelsTheFramesNotYetDecoded()
 {
     Listing listing;
-    QList<int> frames;
-    for (int frame = 1; frame <= 40; ++frame)
-        frames << frame;
-    const QPersistentModelIndex item = listing.walk(frames, QSize(512, 512));
+    const QPersistentModelIndex item = listing.walk(framesUpTo(40), QSize(512, 512));
     QVERIFY(item.isValid());
     // Every worker thread is kept busy, so that nothing of the frames starts before the leave.
     TpoolBlocker blocker(listing.service);

@@ -26,16 +26,12 @@
 #include <QTest>
 #include <QWindow>
 
-#include <algorithm>
 #include "TtestFiles.h"
+#include "TtestRecord.h"
 
+#include <algorithm>
 #include <memory>
 
-#include <cstdio>
-
-#include <fcntl.h>
-#include <ftw.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -263,7 +259,6 @@ void TestUndecodableNamesProxy::listedAfterTheRealRows()
         const QModelIndex index = row(number);
         const QString what = QStringLiteral("%1 row %2").arg(QLatin1String(tag)).arg(number);
         QVERIFY2(m_pane->isUndecodable(index) && !m_pane->isUndecodable(row(number - 3)), qPrintable(what));
-        QVERIFY2(index.data().toString().contains(QChar::ReplacementCharacter), qPrintable(what));
         QVERIFY2(index.flags() == (Qt::ItemIsEnabled | Qt::ItemNeverHasChildren), qPrintable(what));
         QVERIFY2(index.data(Qt::ToolTipRole).toString() == undecodableTip(), qPrintable(what));
         QVERIFY2(!index.data(Qt::DecorationRole).value<QIcon>().isNull(), qPrintable(what));
@@ -426,7 +421,6 @@ void TestUndecodableNamesProxy::nothingActsOnThem_data()
     for (const bool list : {false, true}) {
         const QString view = list ? QStringLiteral("list: ") : QStringLiteral("grid: ");
         QTest::addRow("%sdouble-click", qPrintable(view)) << list << "double-click" << true;
-        QTest::addRow("%sEnter", qPrintable(view)) << list << "enter" << true;
         QTest::addRow("%sF2", qPrintable(view)) << list << "f2" << false;
         QTest::addRow("%scontext menu", qPrintable(view)) << list << "menu" << false;
         QTest::addRow("%sarrow onto it", qPrintable(view)) << list << "arrow" << false;
@@ -440,7 +434,8 @@ void TestUndecodableNamesProxy::nothingActsOnThem()
     QFETCH(bool, saysWhy);
     const char* tag = QTest::currentDataTag();
 
-    // Would import a real file on a double-click or Enter.
+    // Would import a real file on a double-click. (Enter through the browser's own key binding
+    // is driven in the reference host's undecodable-names test.)
     m_host->actionTexts = QStringList{rContentBrowserContextMenuImportVelaFile.asQString(),
                                       rContentBrowserContextMenuReferenceVelaFile.asQString()};
     QVERIFY(makeFile(native(), "a.vela") && makeFile(native(), cafe));
@@ -459,10 +454,6 @@ void TestUndecodableNamesProxy::nothingActsOnThem()
 
     if (action == QLatin1String("double-click")) {
         click(extra, true);
-    } else if (action == QLatin1String("enter")) {
-        // What Enter on the view runs (the browser binds the key).
-        view()->setCurrentIndex(extra);
-        m_pane->openCurrentItem();
     } else if (action == QLatin1String("f2")) {
         view()->setCurrentIndex(extra);
         QTest::keyClick(view(), Qt::Key_F2);
@@ -486,14 +477,8 @@ void TestUndecodableNamesProxy::nothingActsOnThem()
     }
     QCoreApplication::processEvents();
 
-    QStringList errors;
-    QStringList sent;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Error)
-            errors << entry.answer;
-        else if (entry.command.startsWith(QLatin1String("performFile")))
-            sent << entry.command;
-    }
+    const QStringList errors = TtestRecord::errors();
+    const QStringList sent = TtestRecord::commands().filter(QLatin1String("performFile"));
     QVERIFY2(sent.isEmpty(), qPrintable(QString(tag) + ": " + sent.join(u'|')));
     const QString why = TstringId("kContentBrowserUndecodableNameOpen")
                             .format({QDir::toNativeSeparators(QDir(root).filePath(decoded(cafe)))})

@@ -178,15 +178,10 @@ void TstTreeViewPane::storedLocationRestoresFirstEntryOnly_data()
 {
     QTest::addColumn<QStringList>("tail");
     QTest::addColumn<bool>("projectsAsked");
-    QTest::newRow("three strings") << QStringList({QStringLiteral("projects")}) << false;
-    QTest::newRow("five strings") << QStringList({QStringLiteral("projects"), QStringLiteral("P"), QStringLiteral("/x")})
-                                  << false;
-    QTest::newRow("six, third not projects")
-        << QStringList({QStringLiteral("system"), QStringLiteral("P"), QStringLiteral("/x"), QStringLiteral("0")})
-        << false;
-    QTest::newRow("six with projects")
-        << QStringList({QStringLiteral("projects"), QStringLiteral("P"), QStringLiteral("/x"), QStringLiteral("0")})
-        << true;
+    QTest::newRow("three strings") << QStringList{"projects"} << false;
+    QTest::newRow("five strings") << QStringList{"projects", "P", "/x"} << false;
+    QTest::newRow("six, third not projects") << QStringList{"system", "P", "/x", "0"} << false;
+    QTest::newRow("six with projects") << QStringList{"projects", "P", "/x", "0"} << true;
 }
 
 void TstTreeViewPane::storedLocationRestoresFirstEntryOnly()
@@ -215,21 +210,15 @@ void TstTreeViewPane::defaultsAreWrittenBack_data()
     QTest::addColumn<QStringList>("stored");
     QTest::addColumn<QString>("defaultTab");
     QTest::addColumn<QString>("defaultFolder");
-    QTest::addColumn<QStringList>("written");
+    QTest::addColumn<QStringList>("written"); // a folder relative to the scratch folder
     QTest::newRow("missing folder falls back to system")
-        << QStringList({QStringLiteral("system"), QStringLiteral("/no/such/folder")}) << QStringLiteral("system")
-        << QStringLiteral("b") << QStringList({QStringLiteral("system"), QStringLiteral("b")});
+        << QStringList{"system", "/no/such/folder"} << "system" << "b" << QStringList{"system", "b"};
     QTest::newRow("projects entry of six strings is refused")
-        << QStringList({QStringLiteral("projects"), QStringLiteral("P"), QStringLiteral("/x"), QStringLiteral("0"),
-                        QStringLiteral("a"), QStringLiteral("b")})
-        << QStringLiteral("system") << QStringLiteral("c") << QStringList({QStringLiteral("system"), QStringLiteral("c")});
-    QTest::newRow("unknown tab word") << QStringList({QStringLiteral("desktop"), QStringLiteral("b")})
-                                      << QStringLiteral("system") << QStringLiteral("a")
-                                      << QStringList({QStringLiteral("system"), QStringLiteral("a")});
-    QTest::newRow("invalid default folder") << QStringList() << QStringLiteral("system")
-                                            << QStringLiteral("nowhere") << QStringList({QStringLiteral("system"), QString()});
-    QTest::newRow("unknown default tab writes nothing") << QStringList() << QStringLiteral("desktop")
-                                                        << QStringLiteral("b") << QStringList({QStringLiteral("<missing>")});
+        << QStringList{"projects", "P", "/x", "0", "a", "b"} << "system" << "c" << QStringList{"system", "c"};
+    QTest::newRow("unknown tab word") << QStringList{"desktop", "b"} << "system" << "a" << QStringList{"system", "a"};
+    QTest::newRow("invalid default folder") << QStringList() << "system" << "nowhere" << QStringList{"system", ""};
+    QTest::newRow("unknown default tab writes nothing")
+        << QStringList() << "desktop" << "b" << QStringList{"<missing>"};
 }
 
 void TstTreeViewPane::defaultsAreWrittenBack()

@@ -8,6 +8,7 @@
 #include "TtestImageFiles.h"
 #include "Tint32Array.h"
 #include "TrecordingHost.h"
+#include "TtestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -39,12 +40,6 @@ QPixmap solid(const QSize& size)
     QPixmap picture(size);
     picture.fill(Qt::magenta);
     return picture;
-}
-
-QString writeBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? path : QString();
 }
 
 Tint32Array intArray(const QList<int>& values)
@@ -129,7 +124,7 @@ void TestPreviewPane::loaderEmissions()
     else if (kind == QLatin1String("jpg"))
         QVERIFY2(patterned(QSize(24, 12)).save(path, "JPEG"), row);
     else if (kind == QLatin1String("text"))
-        QVERIFY2(!writeBytes(path, "not a picture\n").isEmpty(), row);
+        QVERIFY2(TtestFiles::writeBytes(path, "not a picture\n"), row);
     if (hostAnswers)
         m_host->images.insert(path, solid(QSize(64, 48)));
 
@@ -197,8 +192,8 @@ void TestPreviewPane::requestFillsBothTabs()
 {
     const QString picture = m_dir->filePath(QStringLiteral("wood.png"));
     QVERIFY(patterned(QSize(40, 30)).save(picture, "PNG"));
-    const QString notes = writeBytes(m_dir->filePath(QStringLiteral("notes.xyz")), "notes");
-    QVERIFY(!notes.isEmpty());
+    const QString notes = m_dir->filePath(QStringLiteral("notes.xyz"));
+    QVERIFY(TtestFiles::writeBytes(notes, "notes"));
     QWidget window;
     auto* pane = new PreviewPane(&m_options, &window);
     window.resize(400, 700);
