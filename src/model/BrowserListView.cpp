@@ -209,6 +209,34 @@ TthumbnailKey BrowserListView::keyOf(const QModelIndex& index) const
 
 QVector<QModelIndex> BrowserListView::indexesIn(const QRect& rect) const
 {
+    const QAbstractItemModel* items = model();
+    if (items && usesCells() && flow() == QListView::LeftToRight && isWrapping()) {
+        // Cells follow the rows' order, left to right and line after line: the first cell that
+        // reaches rect is found by halving, and cells are read from there until one starts
+        // below it. Probing the view point by point would measure every name it meets.
+        const QModelIndex root = rootIndex();
+        const int rows = items->rowCount(root);
+        const auto cellOf = [&](int row) { return QListView::visualRect(items->index(row, modelColumn(), root)); };
+        int low = 0;
+        int high = rows;
+        while (low < high) {
+            const int middle = low + (high - low) / 2;
+            if (cellOf(middle).bottom() < rect.top())
+                low = middle + 1;
+            else
+                high = middle;
+        }
+        QVector<QModelIndex> found;
+        for (int row = low; row < rows; ++row) {
+            const QModelIndex index = items->index(row, modelColumn(), root);
+            const QRect cell = QListView::visualRect(index);
+            if (cell.top() > rect.bottom())
+                break;
+            if (cell.intersects(rect))
+                found.append(index);
+        }
+        return found;
+    }
     // Probing at half a cell finds every cell that overlaps rect, whatever the grid's offset.
     const QSize cell = gridSize().isValid() && !gridSize().isEmpty() ? gridSize() : iconSize();
     const int stepX = qMax(8, cell.width() / 2);

@@ -8,10 +8,18 @@
 #include "TprefOptionVar.h"
 #include "Tstring.h"
 
+#include <QCollator>
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QFileInfo>
 #include <QFileSystemModel>
+#include <QPointer>
 #include <QSet>
+#include <QThreadPool>
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
 #include <QTimer>
 
 namespace {
@@ -101,6 +109,21 @@ QRegularExpression searchExpression(const QString& pattern)
                               QRegularExpression::CaseInsensitiveOption);
 }
 
+// One thread at normal priority: a folder's order must be ready before its listing is, and
+// sorts of successive folders take turns.
+QThreadPool* orderPool()
+{
+    static QPointer<QThreadPool> pool;
+    if (!pool) {
+        pool = new QThreadPool(QCoreApplication::instance());
+        pool->setMaxThreadCount(1);
+        // Kept: handing over a sort must never wait on the GUI thread for an idle thread's exit.
+        pool->setExpiryTimeout(-1);
+        pool->setObjectName(QStringLiteral("nameOrder"));
+    }
+    return pool;
+}
+
 // A drive or "/" sorts by its full path; every other entry by the name the view shows, in
 // whichever column it is asked for. Only a root's shown name can hold a separator or a drive
 // colon, so other names skip the path.
@@ -123,7 +146,7 @@ TdirectoryFilterProxy::TdirectoryFilterProxy(QObject* parent)
 {
     m_sortTimer.setSingleShot(true);
     m_sortTimer.setInterval(0);
-    connect(&m_sortTimer, &QTimer::timeout, this, &TdirectoryFilterProxy::sortDeferredBatch);
+    connect(&m_sortTimer, &QTimer::timeout, this, &TdirectoryFilterProxy::rankDeferredFolder);
     TprefOptionVar::addClient(Tstring(filterExtensionsKey), this, clientTag, &TdirectoryFilterProxy::onOptionVarChanged);
 
     Tstring extensions("icon");
@@ -172,7 +195,9 @@ void TdirectoryFilterProxy::setSourceModel(QAbstractItemModel* sourceModel)
             << connect(sourceModel, &QAbstractItemModel::layoutAboutToBeChanged, this, forgetAll)
             << connect(sourceModel, &QAbstractItemModel::modelAboutToBeReset, this, forgetAll)
             << connect(sourceModel, &QAbstractItemModel::rowsInserted, this,
-                       [this](const QModelIndex&, int first, int last) { deferSortOfBatch(last - first + 1); })
+                       [this](const QModelIndex& parent, int first, int last) {
+                           deferSortOfBatch(parent, last - first + 1);
+                       })
             << connect(sourceModel, &QAbstractItemModel::dataChanged, this,
                        [this](const QModelIndex& topLeft, const QModelIndex& bottomRight) {
                            forgetSortNames(topLeft.row(), bottomRight.row());
@@ -189,14 +214,74 @@ void TdirectoryFilterProxy::sort(int column, Qt::SortOrder order)
     QSortFilterProxyModel::sort(column, order);
 }
 
-void TdirectoryFilterProxy::deferSortOfBatch(int rows)
+void TdirectoryFilterProxy::deferSortOfBatch(const QModelIndex& sourceParent, int rows)
 {
     if (rows < deferredSortRows || m_sortDeferred || sortColumn() < 0 || !dynamicSortFilter())
         return;
     m_sortDeferred = true;
+    m_deferredFolder = sourceParent;
     // A timer, not a posted call (as a single shot of 0 ms would be): the event loop serves
     // input and the timers due before it, so the window answers between the batch and the sort.
     m_sortTimer.start();
+}
+
+void TdirectoryFilterProxy::rankDeferredFolder()
+{
+    if (!m_sortDeferred)
+        return;
+    const QAbstractItemModel* source = sourceModel();
+    const int column = sortColumn();
+    if (!source || column == sizeColumn || column == dateModifiedColumn || !m_deferredFolder.isValid()
+        || !QCoreApplication::instance()) {
+        sortDeferredBatch();
+        return;
+    }
+    const QModelIndex folder = m_deferredFolder;
+    const int rows = source->rowCount(folder);
+    reserveNames(source->index(0, 0, folder), rows - 1);
+    QStringList names;
+    names.reserve(rows);
+    std::vector<const void*> entries;
+    entries.reserve(size_t(rows));
+    for (int row = 0; row < rows; ++row) {
+        const SortName& slot = namesOf(source->index(row, 0, folder));
+        names.append(slot.sortName());
+        entries.push_back(slot.entry);
+    }
+    const quint64 request = ++m_rankRequest;
+    const QLocale locale = collator().locale();
+    const QPointer<TdirectoryFilterProxy> self(this);
+    orderPool()->start([self, request, locale, names = std::move(names), entries = std::move(entries)] {
+        const QCollator collator(locale);
+        std::vector<int> order(size_t(names.size()));
+        std::iota(order.begin(), order.end(), 0);
+        std::sort(order.begin(), order.end(),
+                  [&](int a, int b) { return collator.compare(names.at(a), names.at(b)) < 0; });
+        std::vector<int> ranks(order.size(), -1);
+        int rank = -1;
+        for (size_t i = 0; i < order.size(); ++i) {
+            // Names the collator cannot tell apart share a rank, so ranks always agree with it.
+            if (i == 0 || collator.compare(names.at(order[i - 1]), names.at(order[i])) != 0)
+                ++rank;
+            ranks[size_t(order[i])] = rank;
+        }
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, request, locale, entries, ranks = std::move(ranks)] {
+                if (!self || request != self->m_rankRequest)
+                    return;
+                // Slots emptied or given to other entries meanwhile keep no rank.
+                const int count = int(qMin(size_t(self->m_sortNames.size()), entries.size()));
+                for (int row = 0; row < count; ++row) {
+                    SortName& slot = self->m_sortNames[row];
+                    if (slot.entry && slot.entry == entries[size_t(row)])
+                        slot.rank = ranks[size_t(row)];
+                }
+                self->m_ranksLocale = locale;
+                self->sortDeferredBatch();
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void TdirectoryFilterProxy::sortDeferredBatch()
@@ -204,10 +289,12 @@ void TdirectoryFilterProxy::sortDeferredBatch()
     if (!m_sortDeferred)
         return;
     m_sortDeferred = false;
+    m_deferredFolder = QPersistentModelIndex();
     const int column = sortColumn();
     const Qt::SortOrder order = sortOrder();
     if (column < 0)
         return;
+    m_ranksUsable = m_ranksLocale == collator().locale();
     // The base sorts only when the column or the order changes. Through the model's own
     // order first, so that ties end as a fresh sort would leave them.
     QSortFilterProxyModel::sort(-1, Qt::AscendingOrder);
@@ -236,6 +323,7 @@ const TdirectoryFilterProxy::SortName& TdirectoryFilterProxy::namesOf(const QMod
                     slot.rootPath = path;
             }
         }
+        slot.rank = -1;
         slot.entry = sourceIndex.internalPointer();
     }
     return slot;
@@ -250,8 +338,10 @@ void TdirectoryFilterProxy::forgetSortNames(int first, int last)
 const QCollator& TdirectoryFilterProxy::collator() const
 {
     if (!m_collatorChecked) {
-        if (m_collator.locale() != QLocale())
+        if (m_collator.locale() != QLocale()) {
             m_collator = QCollator();
+            m_ranksUsable = false;
+        }
         m_collatorChecked = true;
     }
     return m_collator;
@@ -338,7 +428,10 @@ bool TdirectoryFilterProxy::lessThan(const QModelIndex& left, const QModelIndex&
         reserveNames(left, qMax(left.row(), right.row()));
         const SortName& leftNames = namesOf(left);
         const SortName& rightNames = namesOf(right);
-        return collator().compare(leftNames.sortName(), rightNames.sortName()) < 0;
+        const QCollator& names = collator();
+        if (m_ranksUsable && leftNames.rank >= 0 && rightNames.rank >= 0)
+            return leftNames.rank < rightNames.rank;
+        return names.compare(leftNames.sortName(), rightNames.sortName()) < 0;
     }
     }
 }
