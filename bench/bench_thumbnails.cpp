@@ -41,6 +41,7 @@
 #include "TundecodableNamesProxy.h"
 
 #include <QApplication>
+#include <QCollator>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QElapsedTimer>
@@ -291,6 +292,28 @@ bool visibleCellsReal(BrowserListView* grid, TfileSystemModel* model, const QAbs
     return !shown.isEmpty();
 }
 
+// The folder's names in the order the grid ends in (by name, as the browser sorts at first),
+// read before the folder is opened.
+QStringList finalOrder(const QString& folder)
+{
+    QStringList names = QDir(folder).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot);
+    const QCollator collator;
+    std::sort(names.begin(), names.end(), [&](const QString& a, const QString& b) { return collator.compare(a, b) < 0; });
+    return names;
+}
+
+// Whether the grid shows, on screen, the rows it ends with: a large listing lands unsorted
+// after the rows shown and is sorted a moment later, and cells real before that do not count.
+bool showsFinalRows(BrowserListView* grid, const QStringList& order)
+{
+    const QVector<QModelIndex> shown = visibleIndexes(grid);
+    for (const QModelIndex& index : shown) {
+        if (index.row() >= order.size() || index.data().toString() != order.at(index.row()))
+            return false;
+    }
+    return !shown.isEmpty();
+}
+
 double median(std::vector<double> values)
 {
     if (values.empty())
@@ -340,12 +363,13 @@ void diskCacheVisit(const QString& label, const QString& folder, int count, cons
     firstPaint.condition = [&] { return proxy->rowCount(grid->rootIndex()) > 0; };
     double allReal = -1;
     double listed = -1;
+    const QStringList order = finalOrder(folder);
     // Looked at on every tick, so that the times are known to the millisecond.
     heartbeat.onTick([&] {
         if (listed < 0 && proxy->rowCount(grid->rootIndex()) == count)
             listed = clock.nsecsElapsed() / 1e6;
         // Cells real while the folder is still listing may yet move: count from the full list.
-        if (allReal < 0 && listed >= 0 && visibleCellsReal(grid, model, proxy))
+        if (allReal < 0 && listed >= 0 && showsFinalRows(grid, order) && visibleCellsReal(grid, model, proxy))
             allReal = clock.nsecsElapsed() / 1e6;
     });
     int visible = 0;
@@ -471,8 +495,10 @@ int main(int argc, char** argv)
     firstPaint.condition = [&] { return proxy->rowCount(grid->rootIndex()) > 0; };
     double allReal = -1;
     int tick = 0;
+    const QStringList order = finalOrder(folder);
     heartbeat.onTick([&] {
-        if (allReal < 0 && ++tick % 10 == 0 && visibleCellsReal(grid, model, proxy))
+        if (allReal < 0 && ++tick % 10 == 0 && proxy->rowCount(grid->rootIndex()) == count
+            && showsFinalRows(grid, order) && visibleCellsReal(grid, model, proxy))
             allReal = clock.nsecsElapsed() / 1e6;
     });
     heartbeat.start();
