@@ -405,10 +405,11 @@ bool TdirectoryFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex& s
 
 bool TdirectoryFilterProxy::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
-    // A large batch is being inserted: in the model's order, after the rows already shown
-    // (see deferSortOfBatch); the base asks the other way round when sorting descending.
+    // Until a large batch is sorted (see deferSortOfBatch) everything ties: the batch goes in
+    // after the rows shown, in the model's order, and a row whose picture arrives meanwhile is
+    // not moved by comparing it with neighbours that are not in order yet.
     if (m_sortDeferred)
-        return sortOrder() == Qt::AscendingOrder ? left.row() < right.row() : left.row() > right.row();
+        return false;
     const auto* model = qobject_cast<const QFileSystemModel*>(sourceModel());
     switch (left.column()) {
     case sizeColumn: {
