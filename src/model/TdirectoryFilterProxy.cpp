@@ -20,7 +20,6 @@
 #include <algorithm>
 #include <numeric>
 #include <vector>
-#include <QTimer>
 
 namespace {
 const char* const filterExtensionsKey = "contentBrowserFilterExtensions";
@@ -109,8 +108,8 @@ QRegularExpression searchExpression(const QString& pattern)
                               QRegularExpression::CaseInsensitiveOption);
 }
 
-// One thread at normal priority: a folder's order must be ready before its listing is, and
-// sorts of successive folders take turns.
+// One thread at normal priority: the grid waits for the order it makes, and the orders of
+// successive folders take turns.
 QThreadPool* orderPool()
 {
     static QPointer<QThreadPool> pool;

@@ -88,10 +88,10 @@ private:
     // both names each time cost most of the time the window froze.
     void forgetSortNames(int first, int last);
     // A batch of at least this many new rows goes into the listing at its end, unsorted, and
-    // the whole listing is sorted in the next pass of the event loop: Qt lists a large
-    // folder in one batch, and placing every entry of it by comparing names, on top of
-    // making its entries, froze the window for the time of both. The rows shown at the top
-    // stay where they are in between.
+    // the whole listing is sorted a few event-loop passes later: Qt lists a large folder in
+    // one batch, and placing every entry of it by comparing names, on top of making its
+    // entries, froze the window for the time of both. The rows shown at the top stay where
+    // they are in between.
     static const int deferredSortRows = 512;
     void deferSortOfBatch(const QModelIndex& sourceParent, int rows);
     // Sorted by name, the batch's folder is first ordered on a worker thread, and the sort
