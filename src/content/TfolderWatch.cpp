@@ -32,6 +32,12 @@ void TfolderWatch::follow(const QString& folder)
             if (!watcher->directories().isEmpty())
                 watcher->removePaths(watcher->directories());
             const QFileInfo info(folder);
+            // Gone before it could be watched (removed as it was opened): no watch would ever
+            // tell of it, so the removal is told now.
+            if (!info.exists()) {
+                Q_EMIT changed();
+                return;
+            }
             const bool readable = info.isReadable() && info.isExecutable();
             // A folder that cannot be read cannot be watched either; its parent still tells of its removal.
             if (readable)

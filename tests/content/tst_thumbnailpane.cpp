@@ -11,6 +11,7 @@
 #include "TcontentTreeView.h"
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
+#include "TfolderWatch.h"
 #include "TimportOptionsDialog.h"
 #include "Tint32Array.h"
 #include "TrecordingHost.h"
@@ -149,6 +150,7 @@ private Q_SLOTS:
     void folderRemovedWhileShown_data();
     void folderRemovedWhileShown();
     void unreadableFolderSaysSo();
+    void folderGoneBeforeItIsWatchedIsReported();
     void fileRemovedBeforeImportIsNotSent();
     void switchingViewsCarriesSearchAndRoot();
     void searchThatMatchesNothingSaysSo_data();
@@ -718,6 +720,18 @@ void TestThumbnailPane::unreadableFolderSaysSo()
     m_pane->setListViewRootIndex(m_dir->path());
     QTRY_VERIFY(!notice->isVisible());
     QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+}
+
+// Removed in the moment between being opened and being watched: no watch could report it
+// later, so the watch reports it at once and the pane moves up (folderRemovedWhileShown).
+void TestThumbnailPane::folderGoneBeforeItIsWatchedIsReported()
+{
+    TfolderWatch watch;
+    QSignalSpy changed(&watch, &TfolderWatch::changed);
+    QSignalSpy followed(&watch, &TfolderWatch::followed);
+    watch.follow(m_dir->filePath(QStringLiteral("never-made")));
+    QVERIFY(changed.wait());
+    QCOMPARE(followed.count(), 0);
 }
 
 void TestThumbnailPane::switchingViewsCarriesSearchAndRoot()
