@@ -1,5 +1,7 @@
 #include "TdirectoryFilterProxy.h"
 
+#include "TbackgroundPool.h"
+
 #include "ORLOAssetBrowser.h"
 #include "TdragSupport.h"
 #include "TfileSystemModel.h"
@@ -112,15 +114,7 @@ QRegularExpression searchExpression(const QString& pattern)
 // successive folders take turns.
 QThreadPool* orderPool()
 {
-    static QPointer<QThreadPool> pool;
-    if (!pool) {
-        pool = new QThreadPool(QCoreApplication::instance());
-        pool->setMaxThreadCount(1);
-        // Kept: handing over a sort must never wait on the GUI thread for an idle thread's exit.
-        pool->setExpiryTimeout(-1);
-        pool->setObjectName(QStringLiteral("nameOrder"));
-    }
-    return pool;
+    return TbackgroundPool(QStringLiteral("nameOrder"), 1);
 }
 
 // A drive or "/" sorts by its full path; every other entry by the name the view shows, in

@@ -1,5 +1,7 @@
 #include "TfolderChildProbe.h"
 
+#include "TbackgroundPool.h"
+
 #include <QCoreApplication>
 #include <QDirIterator>
 #include <QFile>
@@ -17,15 +19,7 @@ namespace {
 // thumbnails and the listing need the disk too.
 QThreadPool* sharedPool()
 {
-    static QPointer<QThreadPool> pool;
-    if (!pool) {
-        pool = new QThreadPool(QCoreApplication::instance());
-        pool->setMaxThreadCount(2);
-        // Kept: starting a probe must never wait on the GUI thread for an idle thread's exit.
-        pool->setExpiryTimeout(-1);
-        pool->setObjectName(QStringLiteral("folderChildProbe"));
-    }
-    return pool;
+    return TbackgroundPool(QStringLiteral("folderChildProbe"), 2);
 }
 
 // Qt's directory iterator leaves out names that are not valid UTF-8, which the views still

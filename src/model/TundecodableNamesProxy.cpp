@@ -1,5 +1,6 @@
 #include "TundecodableNamesProxy.h"
 
+#include "TbackgroundPool.h"
 #include "TbrowserStrings.h"
 #include "TfileSystemModel.h"
 #include "ThumbnailFileIconProvider.h"
@@ -48,15 +49,7 @@ QString hiddenExtensions()
 // One thread: the listing needs the disk too, and reads of several folders take turns.
 QThreadPool* readPool()
 {
-    static QPointer<QThreadPool> pool;
-    if (!pool) {
-        pool = new QThreadPool(QCoreApplication::instance());
-        pool->setMaxThreadCount(1);
-        // Kept: starting a read must never wait on the GUI thread for an idle thread's exit.
-        pool->setExpiryTimeout(-1);
-        pool->setObjectName(QStringLiteral("undecodableNames"));
-    }
-    return pool;
+    return TbackgroundPool(QStringLiteral("undecodableNames"), 1);
 }
 
 // The filter proxy's fixed rules for names the browser never lists. A byte that does not
