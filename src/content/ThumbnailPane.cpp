@@ -15,6 +15,7 @@
 #include "TcontentTreeView.h"
 #include "TdirectoryFilterProxy.h"
 #include "TfileSystemModel.h"
+#include "TfolderPreorder.h"
 #include "Tint32Array.h"
 #include "TscriptCommand.h"
 #include "ThumbnailFileIconProvider.h"
@@ -173,6 +174,7 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     layout->setSpacing(TuiScale::length(options, 5));
     layout->addWidget(frame);
 
+    m_preorder = new TfolderPreorder(this);
     m_rootWatch = new TfolderWatch(this);
     // Queued: a removal reports the folder and its parent at once, and is looked at once.
     connect(m_rootWatch, &TfolderWatch::changed, this, &ThumbnailPane::rootFolderChanged, Qt::QueuedConnection);
@@ -270,6 +272,8 @@ ThumbnailPane::~ThumbnailPane()
 {
     // Its thread may be reporting to this pane: stopped while the pane is still whole.
     delete m_rootWatch;
+    TthumbnailService::instance()->cancelClient(m_preorder);
+    m_preorder->cancel();
     // The views and the model hold raw pointers to the icon providers, which are members:
     // they go first, while the providers still exist.
     delete m_listView;
@@ -545,9 +549,44 @@ void ThumbnailPane::setListViewRootIndex(QString rootPath)
         view->setRootIndex(root);
     }
     Q_EMIT m_proxy->rootPathChanged(folder);
+    preorderFolder(sourceRoot);
     scheduleStatusUpdate();
     if (info.isFile())
         selectEntry(info.absoluteFilePath());
+}
+
+void ThumbnailPane::preorderFolder(const QModelIndex& sourceRoot)
+{
+    TthumbnailService* service = TthumbnailService::instance();
+    service->cancelClient(m_preorder);
+    TfolderPreorder::Request request;
+    request.folder = m_currentRootPath;
+    request.filters = m_fileModel->filter();
+    request.rule = m_proxy->nameRule(sourceRoot);
+    request.column = m_proxy->sortColumn();
+    request.order = m_proxy->sortOrder();
+    request.locale = m_proxy->sortLocale();
+    // Pictures only for the grid, at the size it paints them; a partly shown last line counts.
+    BrowserListView* grid = m_listView->listView();
+    QSize pixels;
+    if (!m_listView->isHidden() && grid->gridSize().isValid() && !grid->gridSize().isEmpty()) {
+        const QSize cell = grid->gridSize();
+        const QSize area = grid->viewport()->size();
+        request.firstCount = qMax(1, area.width() / cell.width()) * qMax(1, (area.height() + cell.height() - 1) / cell.height());
+        pixels = grid->iconSize() * grid->devicePixelRatioF();
+    }
+    m_preorder->start(request, [this, pixels](const TfolderPreorder::Result& result) {
+        if (result.folder != m_currentRootPath)
+            return;
+        m_proxy->offerNameOrder(result.folder, result.locale, result.nameRanks);
+        TthumbnailService* pictures = TthumbnailService::instance();
+        // The newest request is served first: the first cell's goes last.
+        for (auto path = result.firstFiles.crbegin(); path != result.firstFiles.crend(); ++path) {
+            const TthumbnailKey key = m_fileModel->thumbnailKeyForFile(*path, pixels);
+            if (key.isValid())
+                pictures->request(m_preorder, key, TthumbnailService::Visible);
+        }
+    });
 }
 
 void ThumbnailPane::selectEntry(QString path)

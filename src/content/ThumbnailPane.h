@@ -21,6 +21,7 @@ class QActionGroup;
 class QCheckBox;
 class QMenu;
 class QAbstractItemView;
+class TfolderPreorder;
 class TfolderWatch;
 class QLabel;
 class TassetBrowserOptions;
@@ -257,6 +258,9 @@ private:
     // Watches the folder shown and its parent: a folder removed or moved away while shown
     // takes the view to its nearest existing parent.
     TfolderWatch* m_rootWatch = nullptr;
+    // Reads each folder opened ahead of the file model (its first screen, its names' order).
+    TfolderPreorder* m_preorder = nullptr;
+    void preorderFolder(const QModelIndex& sourceRoot);
     // Said over each view when the folder shown cannot be listed.
     QList<QLabel*> m_folderNotices;
     // The entry selectEntry chose, scrolled to again once the folder's listing is complete.

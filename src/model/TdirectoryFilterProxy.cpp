@@ -13,6 +13,7 @@
 #include <QCollator>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QDir>
 #include <QFileInfo>
 #include <QFileSystemModel>
 #include <QPointer>
@@ -43,6 +44,14 @@ const FixedExpressions& fixedExpressions()
 {
     static const FixedExpressions expressions;
     return expressions;
+}
+
+// The rules that depend on the name alone, each tried only on a name with its start or end.
+bool fixedRulesHide(const FixedExpressions& fixed, const QString& name)
+{
+    return (name.startsWith(QLatin1Char('.')) && fixed.hiddenDot.match(name).hasMatch())
+        || (name.startsWith(QLatin1String("__")) && fixed.doubleUnderscore.match(name).hasMatch())
+        || (name.endsWith(QLatin1String("_res.py")) && fixed.resourceScript.match(name).hasMatch());
 }
 
 // The bracket set that opens at pattern[open] as a regular-expression class, with end set to
@@ -229,6 +238,8 @@ void TdirectoryFilterProxy::rankDeferredFolder()
         sortDeferredBatch();
         return;
     }
+    if (sortByOfferedOrder())
+        return;
     const QModelIndex folder = m_deferredFolder;
     const int rows = source->rowCount(folder);
     reserveNames(source->index(0, 0, folder), rows - 1);
@@ -245,19 +256,7 @@ void TdirectoryFilterProxy::rankDeferredFolder()
     const QLocale locale = collator().locale();
     const QPointer<TdirectoryFilterProxy> self(this);
     orderPool()->start([self, request, locale, names = std::move(names), entries = std::move(entries)] {
-        const QCollator collator(locale);
-        std::vector<int> order(size_t(names.size()));
-        std::iota(order.begin(), order.end(), 0);
-        std::sort(order.begin(), order.end(),
-                  [&](int a, int b) { return collator.compare(names.at(a), names.at(b)) < 0; });
-        std::vector<int> ranks(order.size(), -1);
-        int rank = -1;
-        for (size_t i = 0; i < order.size(); ++i) {
-            // Names the collator cannot tell apart share a rank, so ranks always agree with it.
-            if (i == 0 || collator.compare(names.at(order[i - 1]), names.at(order[i])) != 0)
-                ++rank;
-            ranks[size_t(order[i])] = rank;
-        }
+        std::vector<int> ranks = nameRanks(names, locale);
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
             [self, request, locale, entries, ranks = std::move(ranks)] {
@@ -275,6 +274,52 @@ void TdirectoryFilterProxy::rankDeferredFolder()
             },
             Qt::QueuedConnection);
     });
+}
+
+std::vector<int> TdirectoryFilterProxy::nameRanks(const QStringList& names, const QLocale& locale)
+{
+    const QCollator collator(locale);
+    std::vector<int> order(size_t(names.size()));
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(), [&](int a, int b) { return collator.compare(names.at(a), names.at(b)) < 0; });
+    std::vector<int> ranks(order.size(), -1);
+    int rank = -1;
+    for (size_t i = 0; i < order.size(); ++i) {
+        // Names the collator cannot tell apart share a rank, so ranks always agree with it.
+        if (i == 0 || collator.compare(names.at(order[i - 1]), names.at(order[i])) != 0)
+            ++rank;
+        ranks[size_t(order[i])] = rank;
+    }
+    return ranks;
+}
+
+void TdirectoryFilterProxy::offerNameOrder(const QString& folderPath, const QLocale& locale,
+                                           const QHash<QString, int>& ranks)
+{
+    m_offeredOrder = OfferedOrder{folderPath, locale, ranks};
+    // Ordering the batch on the worker already: the offer is as good and here now.
+    if (m_sortDeferred && !m_sortTimer.isActive() && sortByOfferedOrder())
+        ++m_rankRequest;
+}
+
+bool TdirectoryFilterProxy::sortByOfferedOrder()
+{
+    const auto* files = qobject_cast<const QFileSystemModel*>(sourceModel());
+    if (!files || !m_deferredFolder.isValid() || m_offeredOrder.ranks.isEmpty()
+        || m_offeredOrder.locale != collator().locale()
+        || QDir::cleanPath(files->filePath(m_deferredFolder)) != QDir::cleanPath(m_offeredOrder.folderPath))
+        return false;
+    const QModelIndex folder = m_deferredFolder;
+    const int rows = files->rowCount(folder);
+    reserveNames(files->index(0, 0, folder), rows - 1);
+    for (int row = 0; row < rows; ++row) {
+        namesOf(files->index(row, 0, folder));
+        SortName& slot = m_sortNames[row];
+        slot.rank = m_offeredOrder.ranks.value(slot.sortName(), -1);
+    }
+    m_ranksLocale = m_offeredOrder.locale;
+    sortDeferredBatch();
+    return true;
 }
 
 void TdirectoryFilterProxy::sortDeferredBatch()
@@ -359,6 +404,42 @@ bool TdirectoryFilterProxy::extensionHides(const QString& name) const
 }
 
 
+// Expressions of its own: a QRegularExpression is reentrant, not thread-safe.
+struct TdirectoryFilterProxy::NameRule::Expressions
+{
+    FixedExpressions fixed;
+    QRegularExpression extensions;
+    bool searching = false;
+    QRegularExpression search;
+};
+
+bool TdirectoryFilterProxy::NameRule::lists(const QString& name) const
+{
+    if (!m_expressions)
+        return true;
+    const Expressions& rule = *m_expressions;
+    if (fixedRulesHide(rule.fixed, name))
+        return false;
+    if (rule.extensions.isValid() && !rule.extensions.pattern().isEmpty() && name.contains(QLatin1Char('.'))
+        && rule.extensions.match(name.mid(name.indexOf(QLatin1Char('.')))).hasMatch())
+        return false;
+    return !rule.searching || rule.search.match(name).hasMatch();
+}
+
+TdirectoryFilterProxy::NameRule TdirectoryFilterProxy::nameRule(const QModelIndex& sourceFolder) const
+{
+    auto expressions = std::make_shared<NameRule::Expressions>();
+    if (m_extensionExpression && m_extensionValid)
+        expressions->extensions = QRegularExpression(m_extensionExpression->pattern(),
+                                                     m_extensionExpression->patternOptions());
+    expressions->searching = m_baseFolder.isValid() && m_baseFolder == sourceFolder;
+    if (expressions->searching)
+        expressions->search = searchExpression(m_searchPattern);
+    NameRule rule;
+    rule.m_expressions = std::move(expressions);
+    return rule;
+}
+
 void TdirectoryFilterProxy::filterFiles(const QModelIndex& baseFolder, const QString& text)
 {
     m_baseFolder = baseFolder;
@@ -379,17 +460,7 @@ bool TdirectoryFilterProxy::filterAcceptsRow(int sourceRow, const QModelIndex& s
     if (!index.isValid())
         return false;
     const QString& name = namesOf(index).name;
-    const FixedExpressions& fixed = fixedExpressions();
-
-    // Each fixed rule can only match a name with that start or end, so the cheap test
-    // decides most names without running the expression.
-    if (name.startsWith(QLatin1Char('.')) && fixed.hiddenDot.match(name).hasMatch())
-        return false;
-    if (extensionHides(name))
-        return false;
-    if (name.startsWith(QLatin1String("__")) && fixed.doubleUnderscore.match(name).hasMatch())
-        return false;
-    if (name.endsWith(QLatin1String("_res.py")) && fixed.resourceScript.match(name).hasMatch())
+    if (fixedRulesHide(fixedExpressions(), name) || extensionHides(name))
         return false;
     if (m_baseFolder.isValid() && m_baseFolder == sourceParent && !m_searchExpression.match(name).hasMatch())
         return false;

@@ -14,6 +14,7 @@
 #include <QVector>
 
 #include <memory>
+#include <vector>
 
 class Tmessage;
 class Tstring;
@@ -42,6 +43,35 @@ class TdirectoryFilterProxy : public QSortFilterProxyModel, public Tclient
 public:
     explicit TdirectoryFilterProxy(QObject* parent = nullptr);
     ~TdirectoryFilterProxy() override;
+
+    // The rules above (and the search, where it applies) as a value of its own, made on the
+    // GUI thread and then used by one other thread: it shares no expression with the proxy.
+    class NameRule
+    {
+    public:
+        NameRule() = default;
+        // Whether the listing shows an entry of that name.
+        bool lists(const QString& name) const;
+
+    private:
+        friend class TdirectoryFilterProxy;
+        struct Expressions;
+        std::shared_ptr<const Expressions> m_expressions;
+    };
+    // The rule for the direct children of sourceFolder.
+    NameRule nameRule(const QModelIndex& sourceFolder) const;
+
+    // The rank of each of names in the order of a collator of locale (the order a sort by
+    // name gives); names the collator cannot tell apart share a rank. Any thread.
+    static std::vector<int> nameRanks(const QStringList& names, const QLocale& locale);
+    // Ranks of a folder's names by nameRanks, made elsewhere (from a reading of the folder
+    // started as it was opened): the sort of a large batch of that folder (folderPath, as
+    // the source names it) takes them instead of ordering its names again, as long as the
+    // collator's locale is still locale. A name they do not hold sorts by the collator. Kept
+    // until the next offer.
+    void offerNameOrder(const QString& folderPath, const QLocale& locale, const QHash<QString, int>& ranks);
+    // The locale names are sorted in (the collator's, which may differ from QLocale()).
+    QLocale sortLocale() const { return collator().locale(); }
 
     // Qt::DecorationRole: the source's Qt::UserRole value (a temporary icon) when it holds
     // one, else the source's decoration. Every other role is the source's.
@@ -98,7 +128,17 @@ private:
     // on the GUI thread then compares the ranks it gave (most of the time of a sort of
     // 10,000 names was spent comparing them).
     void rankDeferredFolder();
+    // Gives the deferred folder's name slots the offered ranks and sorts; false when the offer
+    // is for another folder or locale.
+    bool sortByOfferedOrder();
     void sortDeferredBatch();
+    struct OfferedOrder
+    {
+        QString folderPath;
+        QLocale locale;
+        QHash<QString, int> ranks;
+    };
+    OfferedOrder m_offeredOrder;
     bool m_sortDeferred = false;
     QPersistentModelIndex m_deferredFolder;
     quint64 m_rankRequest = 0;

@@ -149,9 +149,16 @@ void TfileSystemModel::setThumbnailService(TthumbnailService* service, const Tas
 
 TthumbnailKey TfileSystemModel::thumbnailKey(const QModelIndex& index) const
 {
-    if (!m_thumbnails || m_thumbnailSize.isEmpty() || !index.isValid() || index.column() != 0 || isDir(index))
+    if (!index.isValid() || index.column() != 0 || isDir(index))
         return TthumbnailKey();
-    return TthumbnailKey{filePath(index), m_thumbnailSize, m_thumbnailOwner};
+    return thumbnailKeyForFile(filePath(index), m_thumbnailSize);
+}
+
+TthumbnailKey TfileSystemModel::thumbnailKeyForFile(const QString& filePath, const QSize& pixelSize) const
+{
+    if (!m_thumbnails || pixelSize.isEmpty() || filePath.isEmpty())
+        return TthumbnailKey();
+    return TthumbnailKey{filePath, pixelSize, m_thumbnailOwner};
 }
 
 void TfileSystemModel::onThumbnailReady(const TthumbnailKey& key)

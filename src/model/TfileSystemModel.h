@@ -95,6 +95,9 @@ public:
     // The key of the file's thumbnail at the current size; an invalid key for a folder, for
     // a column other than the name, or while thumbnails are off.
     TthumbnailKey thumbnailKey(const QModelIndex& index) const;
+    // The key the thumbnail of the file at filePath (as filePath() names it) has at pixelSize,
+    // listed or not; an invalid key while thumbnails are off.
+    TthumbnailKey thumbnailKeyForFile(const QString& filePath, const QSize& pixelSize) const;
 
 private Q_SLOTS:
     void clearOverride();
