@@ -9,6 +9,12 @@
 #include <QPointer>
 #include <QThreadPool>
 
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
+
 #include <algorithm>
 #include <numeric>
 #include <vector>
@@ -43,6 +49,15 @@ void TfolderPreorder::start(Request request, std::function<void(const Result&)> 
         ->start([self, generation, request = std::move(request), done = std::move(done)] {
             if (!self || self->m_generation != generation)
                 return;
+#ifdef Q_OS_LINUX
+            // Below Qt's own listing of the folder, which the grid waits for all the same, and
+            // below the GUI thread; once per thread of the pool, which does nothing else.
+            static thread_local bool lowered = false;
+            if (!lowered) {
+                lowered = true;
+                setpriority(PRIO_PROCESS, id_t(syscall(SYS_gettid)), 10);
+            }
+#endif
             Result result = read(request);
             QMetaObject::invokeMethod(
                 self.data(),

@@ -31,6 +31,7 @@ TfileSystemModel::TfileSystemModel(const TassetBrowserOptions* options, QObject*
     // The override index is stored by value: once the listing shows another folder the
     // same row and identifier may name a different file.
     connect(this, &QFileSystemModel::rootPathChanged, this, &TfileSystemModel::clearOverride);
+    connect(this, &QFileSystemModel::rootPathChanged, this, [this] { m_keyedRows.clear(); });
     // Connected before any view or proxy can connect, so that the remembered indexes are
     // forgotten before anyone asks for the changed rows. Forgotten at the start of a change
     // and again at its end, as the base changes its rows in between.
@@ -149,9 +150,11 @@ void TfileSystemModel::setThumbnailService(TthumbnailService* service, const Tas
 
 TthumbnailKey TfileSystemModel::thumbnailKey(const QModelIndex& index) const
 {
-    if (!index.isValid() || index.column() != 0 || isDir(index))
+    if (!m_thumbnails || m_thumbnailSize.isEmpty() || !index.isValid() || index.column() != 0 || isDir(index))
         return TthumbnailKey();
-    return thumbnailKeyForFile(filePath(index), m_thumbnailSize);
+    const QString path = filePath(index);
+    m_keyedRows.insert(path);
+    return TthumbnailKey{path, m_thumbnailSize, m_thumbnailOwner};
 }
 
 TthumbnailKey TfileSystemModel::thumbnailKeyForFile(const QString& filePath, const QSize& pixelSize) const
@@ -163,9 +166,9 @@ TthumbnailKey TfileSystemModel::thumbnailKeyForFile(const QString& filePath, con
 
 void TfileSystemModel::onThumbnailReady(const TthumbnailKey& key)
 {
-    if (key.owner != m_thumbnailOwner || key.size != m_thumbnailSize)
+    if (key.owner != m_thumbnailOwner || key.size != m_thumbnailSize || !m_keyedRows.contains(key.path))
         return;
-    // Looks the path up among the nodes already listed; never reads the disk.
+    // The path of a row: the base finds it among the nodes already listed, without the disk.
     const QModelIndex row = index(key.path);
     if (row.isValid() && filePath(row) == key.path)
         Q_EMIT dataChanged(row, row, {Qt::DecorationRole});

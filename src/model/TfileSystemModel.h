@@ -2,6 +2,7 @@
 
 #include <QFileSystemModel>
 #include <QHash>
+#include <QSet>
 #include <QModelIndex>
 #include <QPointer>
 #include <QSize>
@@ -96,7 +97,8 @@ public:
     // a column other than the name, or while thumbnails are off.
     TthumbnailKey thumbnailKey(const QModelIndex& index) const;
     // The key the thumbnail of the file at filePath (as filePath() names it) has at pixelSize,
-    // listed or not; an invalid key while thumbnails are off.
+    // listed or not; an invalid key while thumbnails are off. Its picture, when it comes,
+    // makes no row: the row shows it whenever the listing brings it.
     TthumbnailKey thumbnailKeyForFile(const QString& filePath, const QSize& pixelSize) const;
 
 private Q_SLOTS:
@@ -109,6 +111,10 @@ private:
     void rejudge(const QModelIndex& parent, std::optional<bool> whenAnswer);
 
     QPointer<TthumbnailService> m_thumbnails;
+    // Files whose rows have been keyed (painted, asked for). Only their pictures are announced:
+    // for a file not listed yet the base's look-up by path would make its row, examining the
+    // file on the GUI thread. Emptied with every new root.
+    mutable QSet<QString> m_keyedRows;
     quint64 m_thumbnailOwner = 0;
     QSize m_thumbnailSize;
     QModelIndex m_overrideIndex;
