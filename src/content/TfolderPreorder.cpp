@@ -95,6 +95,7 @@ TfolderPreorder::Result TfolderPreorder::read(const Request& request)
         entries.push_back(std::move(entry));
     }
 
+    result.entries = int(entries.size());
     const std::vector<int> ranks = TdirectoryFilterProxy::nameRanks(names, request.locale);
     if (!bySize && !byDate) {
         result.nameRanks.reserve(names.size());

@@ -44,6 +44,8 @@ public:
     {
         QString folder;
         QLocale locale;
+        // How many entries the folder held (the file model's filter applied, not the listing's).
+        int entries = 0;
         // Every name the folder held, by TdirectoryFilterProxy::nameRanks; empty when sorted
         // by size or date.
         QHash<QString, int> nameRanks;

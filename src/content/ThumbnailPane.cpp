@@ -210,7 +210,15 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     connect(m_fileModel, &QFileSystemModel::directoryLoaded, this, [this](const QString& path) {
         if (QDir::cleanPath(path) == m_currentRootPath)
             applyPendingRestore(true);
+        // Listed in small batches (a slow share), or listed whole: nothing more is coming.
+        if (QDir::cleanPath(path) == m_currentRootPath) {
+            m_rootListed = true;
+            if (!m_proxy->sortPending())
+                m_listView->listView()->setThumbnailsHeld(false);
+        }
     });
+    connect(m_proxy, &TdirectoryFilterProxy::sortCaughtUp, this,
+            [this] { m_listView->listView()->setThumbnailsHeld(false); });
 
     sort();
     updateStatusLine();
@@ -559,6 +567,9 @@ void ThumbnailPane::preorderFolder(const QModelIndex& sourceRoot)
 {
     TthumbnailService* service = TthumbnailService::instance();
     service->cancelClient(m_preorder);
+    // A folder not listed yet waits for its reading to tell whether it is a large one.
+    m_rootListed = false;
+    m_listView->listView()->setThumbnailsHeld(m_fileModel->rowCount(sourceRoot) == 0);
     TfolderPreorder::Request request;
     request.folder = m_currentRootPath;
     request.filters = m_fileModel->filter();
@@ -579,6 +590,13 @@ void ThumbnailPane::preorderFolder(const QModelIndex& sourceRoot)
         if (result.folder != m_currentRootPath)
             return;
         m_proxy->offerNameOrder(result.folder, result.locale, result.nameRanks);
+        // A large folder still arriving comes in one batch that is then sorted: the rows the
+        // grid shows until then are replaced, and their pictures would only delay the first
+        // screen's, asked for here. The sort releases the grid, as does a listing that ends
+        // without one.
+        const int listed = m_fileModel->rowCount(m_fileModel->index(m_currentRootPath));
+        m_listView->listView()->setThumbnailsHeld(
+            !m_rootListed && listed + TdirectoryFilterProxy::deferredSortRows <= result.entries);
         TthumbnailService* pictures = TthumbnailService::instance();
         // The newest request is served first: the first cell's goes last.
         for (auto path = result.firstFiles.crbegin(); path != result.firstFiles.crend(); ++path) {

@@ -260,6 +260,8 @@ private:
     TfolderWatch* m_rootWatch = nullptr;
     // Reads each folder opened ahead of the file model (its first screen, its names' order).
     TfolderPreorder* m_preorder = nullptr;
+    // Whether the file model has reported the listing of the folder shown complete.
+    bool m_rootListed = false;
     void preorderFolder(const QModelIndex& sourceRoot);
     // Said over each view when the folder shown cannot be listed.
     QList<QLabel*> m_folderNotices;

@@ -337,8 +337,21 @@ void BrowserListView::scrollContentsBy(int dx, int dy)
     QListView::scrollContentsBy(dx, dy);
 }
 
+void BrowserListView::setThumbnailsHeld(bool held)
+{
+    if (m_held == held)
+        return;
+    m_held = held;
+    if (m_service && !held) {
+        m_shown = Shown();
+        viewport()->update();
+    }
+}
+
 void BrowserListView::requestThumbnails()
 {
+    if (m_held)
+        return;
     const Shown shown{QPoint(horizontalOffset(), verticalOffset()), viewport()->size(), iconSize(),
                       QPersistentModelIndex(rootIndex()), model() ? model()->rowCount(rootIndex()) : 0, m_direction};
     QVector<TthumbnailKey> ahead;

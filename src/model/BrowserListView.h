@@ -55,6 +55,12 @@ public:
     void setDragPictureEdge(int edge) { m_dragPictureEdge = edge; }
     int dragPictureEdge() const { return m_dragPictureEdge; }
 
+    // While held, the view asks for no thumbnail (it still shows those already made): the rows
+    // it shows are about to be replaced, as when a large folder is still being listed and will
+    // be sorted again. Released, it asks for what it shows at once.
+    void setThumbnailsHeld(bool held);
+    bool thumbnailsHeld() const { return m_held; }
+
     // The running animation, null when none.
     TiconAnimationWorker* animationWorker() const { return m_worker; }
     // The thumbnail under the pointer as last seen; invalid when none.
@@ -137,6 +143,7 @@ private:
     QVector<QModelIndex> m_painted;
     QRect m_paintRect;
     Shown m_shown;
+    bool m_held = false;
     int m_direction = 1;
     int m_dragPictureEdge = 64;
     TgridItemDelegate* m_delegate = nullptr;

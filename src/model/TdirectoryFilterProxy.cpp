@@ -330,13 +330,16 @@ void TdirectoryFilterProxy::sortDeferredBatch()
     m_deferredFolder = QPersistentModelIndex();
     const int column = sortColumn();
     const Qt::SortOrder order = sortOrder();
-    if (column < 0)
+    if (column < 0) {
+        Q_EMIT sortCaughtUp();
         return;
+    }
     m_ranksUsable = m_ranksLocale == collator().locale();
     // The base sorts only when the column or the order changes. Through the model's own
     // order first, so that ties end as a fresh sort would leave them.
     QSortFilterProxyModel::sort(-1, Qt::AscendingOrder);
     QSortFilterProxyModel::sort(column, order);
+    Q_EMIT sortCaughtUp();
 }
 
 void TdirectoryFilterProxy::reserveNames(const QModelIndex& sourceIndex, int row) const

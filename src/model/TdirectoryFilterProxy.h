@@ -92,9 +92,17 @@ public:
     bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
                       const QModelIndex& parent) override;
 
+    // Whether a large batch waits for its sort (see deferSortOfBatch); sortCaughtUp follows it.
+    bool sortPending() const { return m_sortDeferred; }
+    // A batch of at least this many new rows goes into the listing at its end, unsorted, and
+    // the whole listing is sorted a few event-loop passes later.
+    static const int deferredSortRows = 512;
+
 Q_SIGNALS:
     // For the views' use; the proxy itself never emits it.
     void rootPathChanged(QString newPath);
+    // The listing is in order again after a large batch.
+    void sortCaughtUp();
 
 public Q_SLOTS:
     // Lists only the direct children of baseFolder (a source index) whose name matches
@@ -117,12 +125,9 @@ private:
     // sort of a 10,000-entry folder compares about 140,000 pairs, and asking the source for
     // both names each time cost most of the time the window froze.
     void forgetSortNames(int first, int last);
-    // A batch of at least this many new rows goes into the listing at its end, unsorted, and
-    // the whole listing is sorted a few event-loop passes later: Qt lists a large folder in
-    // one batch, and placing every entry of it by comparing names, on top of making its
-    // entries, froze the window for the time of both. The rows shown at the top stay where
-    // they are in between.
-    static const int deferredSortRows = 512;
+    // Qt lists a large folder in one batch, and placing every entry of it by comparing names,
+    // on top of making its entries, froze the window for the time of both. The rows shown at
+    // the top stay where they are until the sort.
     void deferSortOfBatch(const QModelIndex& sourceParent, int rows);
     // Sorted by name, the batch's folder is first ordered on a worker thread, and the sort
     // on the GUI thread then compares the ranks it gave (most of the time of a sort of

@@ -7,8 +7,10 @@
 #include "ThumbnailPane.h"
 #include "TundecodableNamesProxy.h"
 #include "TpoolBlocker.h"
+#include "TprefOptionVar.h"
 #include "TrecordingHost.h"
 #include "TthumbnailService.h"
+#include "Tstring.h"
 
 #include <QDir>
 #include <QFile>
@@ -113,6 +115,7 @@ private Q_SLOTS:
     void placeholderFirstThenThePictureOfThatRowOnly();
     void aWidePictureRepaintsWhatItsPlaceholderCovered();
     void rowsNeverPaintedAreNeverDecoded();
+    void aLargeFolderAsksOnlyForTheScreensItEndsWith();
     void leavingAFolderCancelsItsPendingWork();
     void detailListShowsKindIconsOnly();
     void gridShowsNamesAsAMeasuredLayoutWould_data();
@@ -285,6 +288,48 @@ void TestThumbnailGrid::rowsNeverPaintedAreNeverDecoded()
         if (grid()->visualRect(item(path)).intersects(grid()->viewport()->rect()))
             QVERIFY2(decorationKey(path) != placeholderKey(path), qPrintable(path));
     }
+}
+
+void TestThumbnailGrid::aLargeFolderAsksOnlyForTheScreensItEndsWith()
+{
+    // Large enough to be listed as a first handful of rows and then one batch that is sorted
+    // in: the rows shown meanwhile are whichever the disk gave first.
+    const int scenes = 3000;
+    for (int i = 0; i < scenes; ++i) {
+        const QString path = m_dir->filePath(QStringLiteral("s%1.mb").arg(i, 4, 10, QLatin1Char('0')));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("scene") == 5);
+        m_host->images.insert(path, QPixmap::fromImage(solid(QSize(64, 64), Qt::yellow)));
+    }
+    // On worker threads, so that a row asked for is loaded at once, before the sort moves it.
+    QVERIFY(TprefOptionVar::setOptionVarValue(Tstring(TthumbnailService::loaderThreadsKey), 2,
+                                              Tstring("Content Browser")));
+    TthumbnailService* service = TthumbnailService::instance();
+    openPane(600, 400);
+    QVERIFY(show(m_dir->path(), scenes));
+    QTRY_VERIFY(!grid()->thumbnailsHeld());
+    QTRY_VERIFY(service->isIdle());
+
+    // The rows of the first screen of the sorted folder, and of the one after it (asked for
+    // ahead), are the only ones the host was asked about.
+    const QRect viewport = grid()->viewport()->rect();
+    const QRect twoScreens = viewport.adjusted(0, 0, 0, viewport.height());
+    QSet<QString> wanted;
+    int shown = 0;
+    for (int row = 0; row < m_pane->viewModel()->rowCount(grid()->rootIndex()); ++row) {
+        const QModelIndex index = m_pane->viewModel()->index(row, 0, grid()->rootIndex());
+        const QString path = m_pane->fileModel()->filePath(m_pane->proxy()->mapToSource(m_pane->toProxy(index)));
+        if (grid()->visualRect(index).intersects(twoScreens))
+            wanted.insert(path);
+        if (grid()->visualRect(index).intersects(viewport)) {
+            ++shown;
+            QVERIFY2(decorationKey(path) != placeholderKey(path), qPrintable(path + QStringLiteral(" has no picture")));
+        }
+    }
+    QVERIFY(shown > 0 && wanted.size() < scenes / 10);
+    QMutexLocker lock(&m_host->mutex);
+    for (const QString& path : std::as_const(m_host->loaded))
+        QVERIFY2(wanted.contains(path), qPrintable(path + QStringLiteral(" was asked for but is not on either screen")));
 }
 
 void TestThumbnailGrid::leavingAFolderCancelsItsPendingWork()
