@@ -596,7 +596,7 @@ void ThumbnailPane::preorderFolder(const QModelIndex& sourceRoot)
         // without one.
         const int listed = m_fileModel->rowCount(m_fileModel->index(m_currentRootPath));
         m_listView->listView()->setThumbnailsHeld(
-            !m_rootListed && listed + TdirectoryFilterProxy::deferredSortRows <= result.entries);
+            m_proxy->sortPending() || (!m_rootListed && listed + TdirectoryFilterProxy::deferredSortRows <= result.entries));
         TthumbnailService* pictures = TthumbnailService::instance();
         // The newest request is served first: the first cell's goes last.
         for (auto path = result.firstFiles.crbegin(); path != result.firstFiles.crend(); ++path) {
