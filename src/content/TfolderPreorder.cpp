@@ -120,7 +120,8 @@ TfolderPreorder::Result TfolderPreorder::read(const Request& request)
             return left.modified < right.modified;
         return ranks[size_t(a)] < ranks[size_t(b)];
     };
-    const size_t first = size_t(qBound(0, request.firstCount, int(shown.size())));
+    const int cells = int(shown.size()) > request.firstCount ? request.scrollingCount : request.firstCount;
+    const size_t first = size_t(qBound(0, cells, int(shown.size())));
     const auto order = [&](int a, int b) { return request.order == Qt::AscendingOrder ? before(a, b) : before(b, a); };
     std::partial_sort(shown.begin(), shown.begin() + first, shown.end(), order);
     const QDir folder(request.folder);

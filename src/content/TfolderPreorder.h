@@ -37,8 +37,10 @@ public:
         int column = 0;
         Qt::SortOrder order = Qt::AscendingOrder;
         QLocale locale;
-        // How many entries the first screen shows.
+        // How many entries the first screen shows: firstCount while they all fit on it, else
+        // scrollingCount (the scroll bar takes a column's room); 0 when it shows no pictures.
         int firstCount = 0;
+        int scrollingCount = 0;
     };
     struct Result
     {

@@ -39,6 +39,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <QScrollBar>
+#include <QStyle>
 #include <QSignalBlocker>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -583,7 +584,14 @@ void ThumbnailPane::preorderFolder(const QModelIndex& sourceRoot)
     if (!m_listView->isHidden() && grid->gridSize().isValid() && !grid->gridSize().isEmpty()) {
         const QSize cell = grid->gridSize();
         const QSize area = grid->viewport()->size();
-        request.firstCount = qMax(1, area.width() / cell.width()) * qMax(1, (area.height() + cell.height() - 1) / cell.height());
+        const int lines = qMax(1, area.height() / cell.height());
+        const int shownLines = qMax(1, (area.height() + cell.height() - 1) / cell.height());
+        const QScrollBar* bar = grid->verticalScrollBar();
+        const int barWidth = bar->isVisible() ? 0 : grid->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, bar);
+        const int columns = qMax(1, area.width() / cell.width());
+        const int scrollingColumns = qMax(1, (area.width() - barWidth) / cell.width());
+        request.firstCount = columns * lines;
+        request.scrollingCount = scrollingColumns * shownLines;
         pixels = grid->iconSize() * grid->devicePixelRatioF();
     }
     m_preorder->start(request, [this, pixels](const TfolderPreorder::Result& result) {

@@ -52,19 +52,21 @@ void TestFolderPreorder::firstScreen_data()
     QTest::addColumn<int>("column");
     QTest::addColumn<int>("order");
     QTest::addColumn<int>("count");
+    QTest::addColumn<int>("scrolling");
     QTest::addColumn<QString>("search");
-    // The files among the first count entries the listing shows (folders take cells too).
+    // The files among the first entries the listing shows (folders take cells too): count of
+    // them when all the entries listed fit in count, else scrolling.
     QTest::addColumn<QStringList>("files");
     const int up = Qt::AscendingOrder;
     const int down = Qt::DescendingOrder;
-    QTest::newRow("by name") << 0 << up << 10 << "" << QStringList{"A.mb", "b.ma", "c.ma"};
-    QTest::newRow("by name, two cells") << 0 << up << 2 << "" << QStringList{"A.mb", "b.ma"};
-    QTest::newRow("by name, descending: the folder first") << 0 << down << 2 << "" << QStringList{"c.ma"};
-    QTest::newRow("by type sorts by name") << 2 << up << 1 << "" << QStringList{"A.mb"};
-    QTest::newRow("by size: a folder weighs nothing") << 1 << up << 3 << "" << QStringList{"A.mb", "c.ma"};
-    QTest::newRow("by date, descending: the new folder first") << 3 << down << 3 << "" << QStringList{"c.ma", "A.mb"};
-    QTest::newRow("no cells") << 0 << up << 0 << "" << QStringList{};
-    QTest::newRow("searched") << 0 << up << 10 << "B" << QStringList{"A.mb", "b.ma"};
+    QTest::newRow("by name, all fit") << 0 << up << 4 << 1 << "" << QStringList{"A.mb", "b.ma", "c.ma"};
+    QTest::newRow("by name, the scroll bar's room") << 0 << up << 3 << 2 << "" << QStringList{"A.mb", "b.ma"};
+    QTest::newRow("by name, descending: the folder first") << 0 << down << 2 << 2 << "" << QStringList{"c.ma"};
+    QTest::newRow("by type sorts by name") << 2 << up << 1 << 1 << "" << QStringList{"A.mb"};
+    QTest::newRow("by size: a folder weighs nothing") << 1 << up << 3 << 3 << "" << QStringList{"A.mb", "c.ma"};
+    QTest::newRow("by date, descending: the new folder first") << 3 << down << 3 << 3 << "" << QStringList{"c.ma", "A.mb"};
+    QTest::newRow("no cells") << 0 << up << 0 << 0 << "" << QStringList{};
+    QTest::newRow("searched: three listed") << 0 << up << 3 << 1 << "B" << QStringList{"A.mb", "b.ma"};
 }
 
 void TestFolderPreorder::firstScreen()
@@ -72,6 +74,7 @@ void TestFolderPreorder::firstScreen()
     QFETCH(int, column);
     QFETCH(int, order);
     QFETCH(int, count);
+    QFETCH(int, scrolling);
     QFETCH(QString, search);
     QFETCH(QStringList, files);
     TfileSystemModel model(nullptr);
@@ -89,6 +92,7 @@ void TestFolderPreorder::firstScreen()
     request.column = column;
     request.order = Qt::SortOrder(order);
     request.firstCount = count;
+    request.scrollingCount = scrolling;
     const TfolderPreorder::Result result = TfolderPreorder::read(request);
 
     QStringList expected;
