@@ -43,8 +43,8 @@ void TfolderPreorder::start(Request request, std::function<void(const Result&)> 
 {
     const quint64 generation = ++m_generation;
     const QPointer<TfolderPreorder> self(this);
-    // Normal priority, one thread: the grid waits for this order, and a folder left before
-    // its reading starts is skipped.
+    // One thread: readings of successive folders take turns, and one left before its reading
+    // starts is skipped.
     TbackgroundPool(QStringLiteral("folderPreorder"), 1)
         ->start([self, generation, request = std::move(request), done = std::move(done)] {
             if (!self || self->m_generation != generation)

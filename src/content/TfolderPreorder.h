@@ -51,8 +51,8 @@ public:
         // Every name the folder held, by TdirectoryFilterProxy::nameRanks; empty when sorted
         // by size or date.
         QHash<QString, int> nameRanks;
-        // The paths of the files (not folders) among the first firstCount entries listed, in
-        // the listing's order.
+        // The paths of the files (not folders) among the entries the first screen shows
+        // (firstCount or scrollingCount of them), in the listing's order.
         QStringList firstFiles;
     };
 

@@ -209,14 +209,13 @@ ThumbnailPane::ThumbnailPane(const TassetBrowserOptions* options, QWidget* paren
     connect(m_viewModel, &QAbstractItemModel::modelReset, this, &ThumbnailPane::scheduleStatusUpdate);
     connect(m_viewModel, &QAbstractItemModel::layoutChanged, this, &ThumbnailPane::scheduleStatusUpdate);
     connect(m_fileModel, &QFileSystemModel::directoryLoaded, this, [this](const QString& path) {
-        if (QDir::cleanPath(path) == m_currentRootPath)
-            applyPendingRestore(true);
+        if (QDir::cleanPath(path) != m_currentRootPath)
+            return;
+        applyPendingRestore(true);
         // Listed in small batches (a slow share), or listed whole: nothing more is coming.
-        if (QDir::cleanPath(path) == m_currentRootPath) {
-            m_rootListed = true;
-            if (!m_proxy->sortPending())
-                m_listView->listView()->setThumbnailsHeld(false);
-        }
+        m_rootListed = true;
+        if (!m_proxy->sortPending())
+            m_listView->listView()->setThumbnailsHeld(false);
     });
     connect(m_proxy, &TdirectoryFilterProxy::sortCaughtUp, this,
             [this] { m_listView->listView()->setThumbnailsHeld(false); });
@@ -513,7 +512,8 @@ void ThumbnailPane::setPanelsStatus(const Tint32Array& status)
 
 int ThumbnailPane::picturesPending() const
 {
-    return TthumbnailService::instance()->pendingCount();
+    // A grid waiting for its folder's sort has pictures still to ask for.
+    return TthumbnailService::instance()->pendingCount() + (m_listView->listView()->thumbnailsHeld() ? 1 : 0);
 }
 
 QSize ThumbnailPane::sizeHint() const
