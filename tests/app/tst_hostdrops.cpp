@@ -5,10 +5,7 @@
 #include "ORLOAssetBrowser.h"
 #include "TcommandEngine.h"
 #include "TcontentListView.h"
-#include "TdirectoryFilterProxy.h"
-#include "TfileSystemModel.h"
 #include "ThostConsole.h"
-#include "ThostDropTarget.h"
 #include "ThostMainWindow.h"
 #include "ThostScene.h"
 #include "ThostSceneDock.h"
@@ -18,39 +15,24 @@
 #include "TrecordingHost.h"
 
 #include <QLineEdit>
-#include <QListView>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QTreeWidget>
-#include <QWindow>
 #include <QtTest>
 
+#include "TdropEvents.h"
 #include "ThostJourney.h"
+#include "TtestFiles.h"
 
 #include <memory>
 
 namespace {
 using ThostJourney::fileCommands;
 
-QString quoted(const QString& path)
-{
-    return QLatin1Char('"') + path + QLatin1Char('"');
-}
-
 bool dropOn(QWidget* widget, QMimeData* data, Qt::KeyboardModifiers modifiers)
 {
-    const QPoint at(widget->width() / 2, widget->height() / 2);
-    const Qt::DropActions actions = Qt::CopyAction | Qt::LinkAction;
-    QDragEnterEvent enter(at, actions, data, Qt::LeftButton, modifiers);
-    QApplication::sendEvent(widget, &enter);
-    QDragMoveEvent move(at, actions, data, Qt::LeftButton, modifiers);
-    QApplication::sendEvent(widget, &move);
-    if (!enter.isAccepted() || !move.isAccepted())
-        return false;
-    QDropEvent drop(at, actions, data, Qt::LeftButton, modifiers);
-    QApplication::sendEvent(widget, &drop);
-    return drop.isAccepted();
+    return TdropEvents::drop(widget, QPoint(widget->width() / 2, widget->height() / 2), data, modifiers);
 }
 } // namespace
 
@@ -68,8 +50,10 @@ private Q_SLOTS:
 
 private:
     AssetBrowser* open(const QString& folder);
-    QModelIndex gridIndex(const QString& path) const;
-    void clickGrid(const QString& path, Qt::KeyboardModifiers modifiers);
+    void clickGrid(const QString& path, Qt::KeyboardModifiers modifiers)
+    {
+        QVERIFY2(ThostJourney::clickGrid(m_window.get(), path, modifiers), qPrintable(path));
+    }
     QString file(const char* name) const { return m_dir->filePath(QLatin1String(name)); }
 
     std::unique_ptr<TfreshHostState> m_state;
@@ -82,12 +66,8 @@ void TstHostDrops::init()
     m_state = std::make_unique<TfreshHostState>();
     m_dir = std::make_unique<QTemporaryDir>();
     ThostScene::instance()->clear();
-    QDir root(m_dir->path());
-    QVERIFY(root.mkpath(QStringLiteral("shots/sub")));
-    for (const char* name : {"shots/crate.vela", "shots/barrel.vela", "shots/lamp.vela", "shots/notes.txt"}) {
-        QFile out(root.filePath(QLatin1String(name)));
-        QVERIFY(out.open(QIODevice::WriteOnly));
-    }
+    QVERIFY(TtestFiles::makeAll(m_dir->path(),
+                                {"shots/sub/", "shots/crate.vela", "shots/barrel.vela", "shots/lamp.vela", "shots/notes.txt"}));
 }
 
 void TstHostDrops::cleanup()
@@ -103,20 +83,6 @@ AssetBrowser* TstHostDrops::open(const QString& folder)
     ThostJourney::Opened opened = ThostJourney::open(m_state->preferenceDir(), folder);
     m_window = std::move(opened.window);
     return opened.browser;
-}
-
-QModelIndex TstHostDrops::gridIndex(const QString& path) const
-{
-    return ThostJourney::gridIndex(qobject_cast<AssetBrowser*>(m_window->browser()), path);
-}
-
-void TstHostDrops::clickGrid(const QString& path, Qt::KeyboardModifiers modifiers)
-{
-    QListView* grid = qobject_cast<AssetBrowser*>(m_window->browser())->contentPane()->listWidget()->listView();
-    QTRY_VERIFY2(gridIndex(path).isValid() && grid->visualRect(gridIndex(path)).isValid(), qPrintable(path));
-    const QPoint at = grid->viewport()->mapTo(m_window.get(), grid->visualRect(gridIndex(path)).center());
-    QTest::mouseMove(m_window->windowHandle(), at);
-    QTest::mouseClick(m_window->windowHandle(), Qt::LeftButton, modifiers, at);
 }
 
 void TstHostDrops::sceneDockBringsInEachDroppedFile_data()
@@ -168,7 +134,7 @@ void TstHostDrops::sceneDockBringsInEachDroppedFile()
     QStringList sent;
     const QStringList files = paths.filter(QStringLiteral(".vela"));
     for (int i = 0; i < expected.size(); ++i)
-        sent << expected.at(i) + QStringLiteral("( ") + quoted(files.at(i)) + QLatin1Char(')');
+        sent << expected.at(i) + QStringLiteral("( \"%1\")").arg(files.at(i));
     QCOMPARE(fileCommands(), sent);
     // Each took effect in the scene and shows in the dock and the console.
     QCOMPARE(scene->topLevelItemCount(), files.size());

@@ -5,33 +5,29 @@
 #include "FilePreview.h"
 #include "PreviewPane.h"
 #include "QvelaBreadCrumb.h"
-#include "TcontentSearchBar.h"
-#include "TreeViewPane.h"
+#include "SearchToolbar.h"
 #include "TcontentListView.h"
-#include "TdirectoryFilterProxy.h"
-#include "TfileSystemModel.h"
+#include "TcontentSearchBar.h"
 #include "ThostMainWindow.h"
 #include "ThostScreenshot.h"
 #include "ThumbnailPane.h"
-#include "TundecodableNamesProxy.h"
-#include "SearchToolbar.h"
-#include "ThostConsole.h"
+#include "TreeViewPane.h"
 #include "TrecordingHost.h"
+#include "TundecodableNamesProxy.h"
 
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
 #include <QImage>
-#include <QListView>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
-#include <QComboBox>
-#include <QLineEdit>
 #include <QStatusBar>
-#include <QApplication>
-#include <QWindow>
-#include <QDialog>
 #include <QTimer>
 #include <QtTest>
 
 #include "ThostJourney.h"
+#include "TtestFiles.h"
 
 class TstHostJourneys : public QObject
 {
@@ -49,10 +45,8 @@ private Q_SLOTS:
 
 private:
     AssetBrowser* open(const QString& folder);
-    QModelIndex gridIndex(const QString& path) const;
-    void clickGrid(const QString& path);
+    void clickGrid(const QString& path) { QVERIFY2(ThostJourney::clickGrid(m_window.get(), path), qPrintable(path)); }
     void clickGridSpace();
-    void clickAt(QWidget* widget, const QPoint& point, bool twice);
     QMenu* fileMenu() const;
 
     std::unique_ptr<TfreshHostState> m_state;
@@ -65,16 +59,11 @@ void TstHostJourneys::init()
     m_state = std::make_unique<TfreshHostState>();
     m_dir = std::make_unique<QTemporaryDir>();
     QDir root(m_dir->path());
-    QVERIFY(root.mkpath(QStringLiteral("shots/sub")));
-    QVERIFY(root.mkpath(QStringLiteral("props")));
+    QVERIFY(TtestFiles::makeAll(root.path(), {"shots/sub/", "shots/crate.vela", "shots/notes.txt", "props/barrel.vela"}));
     QImage picture(64, 32, QImage::Format_RGB32);
     picture.fill(Qt::darkCyan);
     QVERIFY(picture.save(root.filePath(QStringLiteral("shots/plate.png"))));
     QVERIFY(picture.save(root.filePath(QStringLiteral("shots/matte.png"))));
-    for (const char* name : {"shots/crate.vela", "shots/notes.txt", "props/barrel.vela"}) {
-        QFile file(root.filePath(QLatin1String(name)));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-    }
 }
 
 void TstHostJourneys::cleanup()
@@ -91,37 +80,12 @@ AssetBrowser* TstHostJourneys::open(const QString& folder)
     return opened.browser;
 }
 
-QModelIndex TstHostJourneys::gridIndex(const QString& path) const
-{
-    return ThostJourney::gridIndex(qobject_cast<AssetBrowser*>(m_window->browser()), path);
-}
-
-void TstHostJourneys::clickGrid(const QString& path)
-{
-    QListView* grid = qobject_cast<AssetBrowser*>(m_window->browser())->contentPane()->listWidget()->listView();
-    QTRY_VERIFY2(gridIndex(path).isValid() && grid->visualRect(gridIndex(path)).isValid(), qPrintable(path));
-    clickAt(grid->viewport(), grid->visualRect(gridIndex(path)).center(), false);
-}
-
-// Through the window, as the platform delivers a real click (press and release, and for a
-// double-click the second press as a double-click).
-void TstHostJourneys::clickAt(QWidget* widget, const QPoint& point, bool twice)
-{
-    QWindow* window = m_window->windowHandle();
-    const QPoint at = widget->mapTo(m_window.get(), point);
-    QTest::mouseMove(window, at);
-    if (twice)
-        QTest::mouseDClick(window, Qt::LeftButton, Qt::NoModifier, at);
-    else
-        QTest::mouseClick(window, Qt::LeftButton, Qt::NoModifier, at);
-}
-
 void TstHostJourneys::clickGridSpace()
 {
     QListView* grid = qobject_cast<AssetBrowser*>(m_window->browser())->contentPane()->listWidget()->listView();
     const QPoint corner(grid->viewport()->width() - 3, grid->viewport()->height() - 3);
     QVERIFY(!grid->indexAt(corner).isValid());
-    clickAt(grid->viewport(), corner, false);
+    ThostJourney::click(m_window.get(), grid->viewport(), corner);
 }
 
 QMenu* TstHostJourneys::fileMenu() const
@@ -183,10 +147,8 @@ void TstHostJourneys::changingFolderClearsWhatTheSelectionShowed()
     QTRY_VERIFY(fileMenu() && fileMenu()->menuAction()->isVisible());
 
     // Into a sub-folder by double-click, and to another folder by the path bar's parent step.
-    QListView* grid = browser->contentPane()->listWidget()->listView();
     const QString sub = m_dir->filePath(QStringLiteral("shots/sub"));
-    QTRY_VERIFY(grid->visualRect(gridIndex(sub)).isValid());
-    clickAt(grid->viewport(), grid->visualRect(gridIndex(sub)).center(), true);
+    QVERIFY(ThostJourney::clickGrid(m_window.get(), sub, Qt::NoModifier, true));
     QTRY_COMPARE(browser->contentPane()->currentRootPath(), sub);
     QVERIFY(browser->previewPanel()->filePreview()->fullPicture().isNull());
     QVERIFY(!fileMenu()->menuAction()->isVisible());

@@ -5,17 +5,13 @@
 #include "BrowserTreeView.h"
 #include "SearchToolbar.h"
 #include "TbrowserStrings.h"
-#include "TcommandEngine.h"
-#include "TcontentKeyMap.h"
 #include "TcontentListView.h"
 #include "TcontentSearchBar.h"
 #include "TcontentTreeView.h"
-#include "TdirectoryFilterProxy.h"
-#include "TfileSystemModel.h"
 #include "ThumbnailPane.h"
-#include "TundecodableNamesProxy.h"
 #include "TreeViewPane.h"
 #include "TrecordingHost.h"
+#include "TundecodableNamesProxy.h"
 
 #include <QAction>
 #include <QApplication>
@@ -28,13 +24,12 @@
 #include <QtTest>
 
 #include "ThostJourney.h"
+#include "TtestFiles.h"
 
 #include <memory>
 
-namespace {
 using ThostJourney::fileCommands;
 using ThostJourney::fileNames;
-} // namespace
 
 class TstContentKeyboard : public QObject
 {
@@ -86,14 +81,8 @@ void TstContentKeyboard::init()
 {
     m_state = std::make_unique<TfreshHostState>();
     m_dir = std::make_unique<QTemporaryDir>();
-    QDir root(m_dir->path());
-    QVERIFY(root.mkpath(QStringLiteral("sub")));
-    QVERIFY(root.mkpath(QStringLiteral("zeta")));
-    for (const char* name : {"alpha.vela", "beta.vela", "delta.txt", "gamma.png", "sub/inner.vela"}) {
-        QFile file(root.filePath(QLatin1String(name)));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray(100, 'x'));
-    }
+    QVERIFY(TtestFiles::makeAll(m_dir->path(), {"zeta/", "alpha.vela", "beta.vela", "delta.txt", "gamma.png", "sub/inner.vela"},
+                                QByteArray(100, 'x')));
     m_host = std::make_unique<TrecordingHost>();
     m_host->actionTexts = {rContentBrowserContextMenuImportVelaFile.asQString(),
                            rContentBrowserContextMenuReferenceVelaFile.asQString()};
@@ -133,8 +122,7 @@ void TstContentKeyboard::go(const QString& path)
 
 QModelIndex TstContentKeyboard::indexOf(const QString& name) const
 {
-    ThumbnailPane* pane = m_browser->contentPane();
-    return pane->fromProxy(pane->proxy()->mapFromSource(pane->fileModel()->index(QDir(pane->currentRootPath()).filePath(name))));
+    return ThostJourney::gridIndex(m_browser, QDir(m_browser->contentPane()->currentRootPath()).filePath(name));
 }
 
 QStringList TstContentKeyboard::selected() const

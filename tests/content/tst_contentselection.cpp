@@ -5,56 +5,36 @@
 #include "BrowserTreeView.h"
 #include "ORLOAssetBrowser.h"
 #include "TbrowserStrings.h"
-#include "TcommandEngine.h"
 #include "TcontentListView.h"
-#include "TcontentSearchBar.h"
 #include "TcontentStatusLine.h"
 #include "TcontentTreeView.h"
-#include "TdirectoryFilterProxy.h"
 #include "TdragSupport.h"
 #include "TfavoritesOrganizer.h"
-#include "TfileSystemModel.h"
 #include "ThumbnailPane.h"
-#include "TundecodableNamesProxy.h"
 #include "TreeViewPane.h"
 #include "TrecordingHost.h"
+#include "TundecodableNamesProxy.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QIcon>
 #include <QLocale>
 #include <QMenu>
 #include <QMimeData>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTreeView>
-#include <QWindow>
 #include <QtTest>
 
+#include "TdropEvents.h"
 #include "ThostJourney.h"
+#include "TtestFiles.h"
 
 #include <memory>
 
 namespace {
+using TdropEvents::drop;
 using ThostJourney::fileCommands;
 using ThostJourney::fileNames;
-
-// Sends a drag's enter, move and drop to widget at point; returns whether the drop was taken.
-bool dropOn(QWidget* widget, const QPoint& point, QMimeData* data, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    const Qt::DropActions actions = Qt::CopyAction | Qt::LinkAction;
-    QDragEnterEvent enter(point, actions, data, Qt::LeftButton, modifiers);
-    QApplication::sendEvent(widget, &enter);
-    if (!enter.isAccepted())
-        return false;
-    QDragMoveEvent move(point, actions, data, Qt::LeftButton, modifiers);
-    QApplication::sendEvent(widget, &move);
-    if (!move.isAccepted())
-        return false;
-    QDropEvent drop(point, actions, data, Qt::LeftButton, modifiers);
-    QApplication::sendEvent(widget, &drop);
-    return drop.isAccepted();
-}
 } // namespace
 
 class TstContentSelection : public QObject
@@ -68,7 +48,6 @@ private Q_SLOTS:
     void mouseSelection();
     void rubberBand_data();
     void rubberBand();
-    void oneClickStillSelectsOne();
     void importAndReferenceRunOncePerFileInSelectionOrder_data();
     void importAndReferenceRunOncePerFileInSelectionOrder();
     void addToFavoritesAddsEach();
@@ -97,19 +76,11 @@ void TstContentSelection::init()
 {
     m_state = std::make_unique<TfreshHostState>();
     m_dir = std::make_unique<QTemporaryDir>();
-    QDir root(m_dir->path());
-    QVERIFY(root.mkpath(QStringLiteral("sub")));
-    QVERIFY(root.mkpath(QStringLiteral("zeta")));
-    const struct
-    {
-        const char* name;
-        int size;
-    } files[] = {{"alpha.vela", 100}, {"beta.vela", 2000}, {"delta.txt", 30}, {"gamma.png", 400}};
-    for (const auto& entry : files) {
-        QFile file(root.filePath(QLatin1String(entry.name)));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray(entry.size, 'x'));
-    }
+    // Sizes of their own: the status line adds up those selected.
+    const QList<QPair<QString, int>> files{{"sub/", 0}, {"zeta/", 0}, {"alpha.vela", 100}, {"beta.vela", 2000},
+                                           {"delta.txt", 30}, {"gamma.png", 400}};
+    for (const auto& [name, size] : files)
+        QVERIFY(!TtestFiles::make(m_dir->path(), name, QByteArray(size, 'x')).isEmpty());
     m_host = std::make_unique<TrecordingHost>();
     m_host->actionTexts = {rContentBrowserContextMenuImportVelaFile.asQString(),
                            rContentBrowserContextMenuReferenceVelaFile.asQString()};
@@ -143,8 +114,7 @@ QAbstractItemView* TstContentSelection::view(bool detail) const
 
 QModelIndex TstContentSelection::indexOf(const QString& name) const
 {
-    ThumbnailPane* pane = m_browser->contentPane();
-    return pane->fromProxy(pane->proxy()->mapFromSource(pane->fileModel()->index(pathOf(name))));
+    return ThostJourney::gridIndex(m_browser.get(), pathOf(name));
 }
 
 QPoint TstContentSelection::pointOf(bool detail, const QString& name) const
@@ -256,26 +226,6 @@ void TstContentSelection::rubberBand()
     QCOMPARE(selected, expected);
 }
 
-void TstContentSelection::oneClickStillSelectsOne()
-{
-    // One entry at a time behaves as with single selection: a click replaces, a click on
-    // empty space clears, the pane reports each.
-    ThumbnailPane* pane = m_browser->contentPane();
-    QSignalSpy clicked(pane, &ThumbnailPane::newPathClicked);
-    click(false, QStringLiteral("alpha.vela"));
-    click(false, QStringLiteral("gamma.png"));
-    QCOMPARE(fileNames(pane->selectedPaths()), QStringList{"gamma.png"});
-    QAbstractItemView* grid = view(false);
-    const QPoint corner(grid->viewport()->width() - 3, grid->viewport()->height() - 3);
-    QTest::mouseClick(m_browser->windowHandle(), Qt::LeftButton, Qt::NoModifier,
-                      grid->viewport()->mapTo(m_browser.get(), corner));
-    QVERIFY(pane->selectedPaths().isEmpty());
-    QStringList reported;
-    for (const QList<QVariant>& call : std::as_const(clicked))
-        reported << QFileInfo(call.at(0).toString()).fileName();
-    QCOMPARE(reported, (QStringList{"alpha.vela", "gamma.png", ""}));
-}
-
 void TstContentSelection::importAndReferenceRunOncePerFileInSelectionOrder_data()
 {
     QTest::addColumn<bool>("detail");
@@ -355,7 +305,10 @@ void TstContentSelection::previewFollowsTheCurrentItem()
     ThumbnailPane* pane = m_browser->contentPane();
     QSignalSpy clicked(pane, &ThumbnailPane::newPathClicked);
     auto lastReported = [&clicked]() { return QFileInfo(clicked.constLast().at(0).toString()).fileName(); };
+    // A plain click replaces what was selected, as with single selection.
+    click(false, QStringLiteral("gamma.png"));
     click(false, QStringLiteral("alpha.vela"));
+    QCOMPARE(fileNames(pane->selectedPaths()), QStringList{"alpha.vela"});
     QCOMPARE(lastReported(), QStringLiteral("alpha.vela"));
     click(false, QStringLiteral("gamma.png"), Qt::ControlModifier);
     QCOMPARE(lastReported(), QStringLiteral("gamma.png"));
@@ -374,6 +327,12 @@ void TstContentSelection::previewFollowsTheCurrentItem()
     click(false, QStringLiteral("alpha.vela"), Qt::ControlModifier);
     QVERIFY(!pane->selectedPaths().contains(pathOf(QStringLiteral("alpha.vela"))));
     QVERIFY(pane->selectedPaths().contains(clicked.constLast().at(0).toString()));
+    // A click on empty space clears the selection, and says so with an empty path.
+    const QPoint corner(grid->viewport()->width() - 3, grid->viewport()->height() - 3);
+    QTest::mouseClick(m_browser->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                      grid->viewport()->mapTo(m_browser.get(), corner));
+    QVERIFY(pane->selectedPaths().isEmpty());
+    QCOMPARE(clicked.constLast().at(0).toString(), QString());
 }
 
 void TstContentSelection::statusLineCountsShownAndSelected()
@@ -486,7 +445,7 @@ void TstContentSelection::dropsFromOutsideChangeNothing()
         // Even delivered straight to the view (onto a folder and onto empty space), the drop
         // is refused and nothing is copied or moved.
         for (const QPoint& at : {pointOf(detail, QStringLiteral("sub")), QPoint(target->viewport()->width() - 3, target->viewport()->height() - 3)})
-            QVERIFY(!dropOn(target->viewport(), at, &data));
+            QVERIFY(!drop(target->viewport(), at, &data));
     }
     QCoreApplication::processEvents();
     QCOMPARE(QDir(m_dir->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
@@ -506,26 +465,26 @@ void TstContentSelection::dropsOnTheFavoritesTabAddFavorites()
     QVERIFY(favoritesTab >= 0);
     const QPoint onTab = tabs->tabBar()->tabRect(favoritesTab).center();
     std::unique_ptr<QMimeData> data(TdragSupport::mimeDataFor({pathOf(QStringLiteral("sub")), pathOf(QStringLiteral("beta.vela"))}));
-    QVERIFY(dropOn(tabs->tabBar(), onTab, data.get()));
+    QVERIFY(drop(tabs->tabBar(), onTab, data.get()));
     QCOMPARE(model->rowCount(), before + 2);
     // Onto another tab: refused.
     const int otherTab = favoritesTab == 0 ? 1 : 0;
     std::unique_ptr<QMimeData> other(TdragSupport::mimeDataFor({pathOf(QStringLiteral("zeta"))}));
-    QVERIFY(!dropOn(tabs->tabBar(), tabs->tabBar()->tabRect(otherTab).center(), other.get()));
+    QVERIFY(!drop(tabs->tabBar(), tabs->tabBar()->tabRect(otherTab).center(), other.get()));
     QCOMPARE(model->rowCount(), before + 2);
 
     // Onto the Favorites page itself.
     tabs->setCurrentIndex(favoritesTab);
     QWidget* viewport = favorites->view()->viewport();
     QVERIFY(viewport->acceptDrops());
-    QVERIFY(dropOn(viewport, QPoint(5, viewport->height() - 5), other.get()));
+    QVERIFY(drop(viewport, QPoint(5, viewport->height() - 5), other.get()));
     QCOMPARE(model->rowCount(), before + 3);
     QCOMPARE(model->index(before + 2, 0).data(TfavoritesOrganizer::PathRole).toString(), pathOf(QStringLiteral("zeta")));
 
     // A desktop file manager's drag is not the browser's: the favorites take no part in it.
     QMimeData desktop;
     desktop.setUrls({QUrl::fromLocalFile(pathOf(QStringLiteral("delta.txt")))});
-    QVERIFY(!dropOn(viewport, QPoint(5, viewport->height() - 5), &desktop));
+    QVERIFY(!drop(viewport, QPoint(5, viewport->height() - 5), &desktop));
     QCOMPARE(model->rowCount(), before + 3);
 }
 

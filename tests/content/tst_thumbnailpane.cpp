@@ -1,5 +1,4 @@
 #include "ThumbnailPane.h"
-#include "TundecodableNamesProxy.h"
 
 #include "BrowserListView.h"
 #include "BrowserTreeView.h"
@@ -15,10 +14,12 @@
 #include "TimportOptionsDialog.h"
 #include "Tint32Array.h"
 #include "TrecordingHost.h"
+#include "TundecodableNamesProxy.h"
+#include "TtestFiles.h"
+#include "TtestRecord.h"
 #include "TvslCmdResult.h"
 #include "ThumbnailFileIconProvider.h"
 
-#include <QActionGroup>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
@@ -70,14 +71,11 @@ Tstring toT(const QString& text)
     return out;
 }
 
-QStringList commands()
+using TtestRecord::commands;
+
+QStringList importAndReference()
 {
-    QStringList lines;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Command)
-            lines << entry.command;
-    }
-    return lines;
+    return {rContentBrowserContextMenuImportVelaFile.asQString(), rContentBrowserContextMenuReferenceVelaFile.asQString()};
 }
 
 // "-" for a separator, "TEXT [box]" for an entry with an option box, else the text.
@@ -214,10 +212,7 @@ void TestThumbnailPane::makePane()
 
 QString TestThumbnailPane::make(const QString& relative, int bytes)
 {
-    const QString path = m_dir->filePath(relative);
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(QByteArray(bytes, 'x')) == bytes ? path : QString();
+    return TtestFiles::make(m_dir->path(), relative, QByteArray(bytes, 'x'));
 }
 
 void TestThumbnailPane::show(const QString& folder)
@@ -343,8 +338,7 @@ void TestThumbnailPane::importAndReferenceCommands()
     QFETCH(QString, fileName);
     QFETCH(QString, literal);
 
-    m_host->actionTexts = QStringList{rContentBrowserContextMenuImportVelaFile.asQString(),
-                                      rContentBrowserContextMenuReferenceVelaFile.asQString()};
+    m_host->actionTexts = importAndReference();
     const QString folder = m_dir->filePath(QStringLiteral("odd names"));
     QDir().mkpath(folder);
     QVERIFY(QFile(QDir(folder).filePath(fileName)).open(QIODevice::WriteOnly));
@@ -392,8 +386,7 @@ void TestThumbnailPane::optionBoxGoesThroughTheDialog()
             result.setString(fileType);
         return true;
     });
-    m_host->actionTexts = QStringList{rContentBrowserContextMenuImportVelaFile.asQString(),
-                                      rContentBrowserContextMenuReferenceVelaFile.asQString()};
+    m_host->actionTexts = importAndReference();
     makePane();
     show(m_dir->path());
     const QString ball = m_dir->filePath(QStringLiteral("ball.vela"));
@@ -650,11 +643,7 @@ void TestThumbnailPane::folderRemovedWhileShown()
     QTRY_COMPARE(m_pane->currentRootPath(), nearest);
     QVERIFY2(opened.count() == 1 && opened.first().first().toString() == nearest, tag);
     QVERIFY2(m_pane->listWidget()->searchText().isEmpty(), tag);
-    QStringList errors;
-    for (const TcommandRecord& entry : TcommandEngine::record()) {
-        if (entry.kind == TcommandRecord::Kind::Error)
-            errors << entry.answer;
-    }
+    const QStringList errors = TtestRecord::errors();
     const QString told = TstringId("kContentBrowserFolderGone")
                              .format({QDir::toNativeSeparators(m_dir->filePath(shown)), QDir::toNativeSeparators(nearest)})
                              .toQString();
@@ -666,8 +655,7 @@ void TestThumbnailPane::folderRemovedWhileShown()
 
 void TestThumbnailPane::fileRemovedBeforeImportIsNotSent()
 {
-    m_host->actionTexts = QStringList{rContentBrowserContextMenuImportVelaFile.asQString(),
-                                      rContentBrowserContextMenuReferenceVelaFile.asQString()};
+    m_host->actionTexts = importAndReference();
     makePane();
     show(m_dir->path());
     for (const bool reference : {false, true}) {
@@ -688,12 +676,8 @@ void TestThumbnailPane::fileRemovedBeforeImportIsNotSent()
         TcommandEngine::clearRecord();
         clickEntry(menu, menu->actions().at(reference ? 1 : 0));
         QCoreApplication::processEvents();
-        QStringList errors;
-        for (const TcommandRecord& entry : TcommandEngine::record()) {
-            QVERIFY2(entry.kind == TcommandRecord::Kind::Error, qPrintable(entry.command));
-            errors << entry.answer;
-        }
-        QCOMPARE(errors, QStringList{TstringId("kContentBrowserFileGone").format({QDir::toNativeSeparators(file)}).toQString()});
+        QCOMPARE(commands(), QStringList());
+        QCOMPARE(TtestRecord::errors(), QStringList{TstringId("kContentBrowserFileGone").format({QDir::toNativeSeparators(file)}).toQString()});
         // The next round makes the same name again: until the listing has let the old row go,
         // that row would pass for the new one and then move under the pointer.
         QTRY_VERIFY(!m_pane->fromProxy(m_pane->proxy()->mapFromSource(m_pane->fileModel()->index(file))).isValid());

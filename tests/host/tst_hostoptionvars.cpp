@@ -163,7 +163,6 @@ private Q_SLOTS:
         QCOMPARE(QStringList(stored.keys()), QStringList{"aThumbnailSize"});
         QCOMPARE(stored.value("aThumbnailSize").toObject().value("value").toInt(), 128);
         // No temporary files are left behind next to the store.
-        qDebug() << QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden);
         QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"optionVars.json"});
     }
 
@@ -283,7 +282,6 @@ private Q_SLOTS:
         }
 
         QCOMPARE(readBytes(path), before);
-        qDebug() << QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden);
         QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files | QDir::Hidden), QStringList{"optionVars.json"});
         QCOMPARE(TprefOptionVar::intValue("addedToo", 0), 2);
         QCOMPARE(m_errors.size(), 1);

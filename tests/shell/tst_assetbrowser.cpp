@@ -1,46 +1,40 @@
 // The whole browser, made only through the exported factory and driven as a user would.
 #include "AssetBrowser.h"
-#include "BrowserTreeView.h"
-#include "TcontentListView.h"
 #include "BrowserListView.h"
+#include "BrowserTreeView.h"
 #include "PreviewPane.h"
 #include "QvelaBreadCrumb.h"
 #include "SearchToolbar.h"
 #include "TbrowserStrings.h"
-#include "TdirectoryFilterProxy.h"
+#include "TcontentListView.h"
 #include "TfavoritesOrganizer.h"
-#include "TfileSystemModel.h"
 #include "Tint32Array.h"
 #include "TprefOptionVar.h"
 #include "TrecordingHost.h"
 #include "ThumbnailPane.h"
 #include "TreeViewPane.h"
-#include "TstringArray.h"
 #include "VelaEnv.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QSlider>
 #include <QScrollBar>
-#include <QToolButton>
-#include <QListView>
-#include <QApplication>
+#include <QSlider>
 #include <QSplitter>
 #include <QStandardItemModel>
 #include <QTabWidget>
+#include <QToolButton>
 #include <QTreeView>
 #include <QtTest>
 
 namespace {
 Tstring T(const QString& text)
 {
-    Tstring out;
-    Tstring_fromQString(text, out);
-    return out;
+    return Tstring(text);
 }
 
 QList<int> panels(const QString& context)

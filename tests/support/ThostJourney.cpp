@@ -6,6 +6,8 @@
 #include "TfileSystemModel.h"
 #include "ThostMainWindow.h"
 #include "ThumbnailPane.h"
+#include "TcontentListView.h"
+#include "BrowserListView.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -49,6 +51,26 @@ QModelIndex gridIndex(AssetBrowser* browser, const QString& path)
 {
     ThumbnailPane* pane = browser->contentPane();
     return pane->fromProxy(pane->proxy()->mapFromSource(pane->fileModel()->index(path)));
+}
+
+void click(ThostMainWindow* window, QWidget* widget, const QPoint& point, Qt::KeyboardModifiers modifiers, bool twice)
+{
+    const QPoint at = widget->mapTo(window, point);
+    QTest::mouseMove(window->windowHandle(), at);
+    if (twice)
+        QTest::mouseDClick(window->windowHandle(), Qt::LeftButton, modifiers, at);
+    else
+        QTest::mouseClick(window->windowHandle(), Qt::LeftButton, modifiers, at);
+}
+
+bool clickGrid(ThostMainWindow* window, const QString& path, Qt::KeyboardModifiers modifiers, bool twice)
+{
+    auto* browser = qobject_cast<AssetBrowser*>(window->browser());
+    QAbstractItemView* grid = browser->contentPane()->listWidget()->listView();
+    if (!QTest::qWaitFor([&] { return grid->visualRect(gridIndex(browser, path)).isValid(); }))
+        return false;
+    click(window, grid->viewport(), grid->visualRect(gridIndex(browser, path)).center(), modifiers, twice);
+    return true;
 }
 
 QStringList fileCommands()
