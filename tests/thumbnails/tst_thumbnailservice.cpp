@@ -5,6 +5,7 @@
 #include "TrecordingHost.h"
 #include "Tstring.h"
 #include "TthumbnailService.h"
+#include "TtestPictures.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -91,28 +92,19 @@ private:
     QMutex m_mutex;
 };
 
-// The picture as PNG when there is one, else a few bytes.
+using TtestPictures::made;
+using TtestPictures::pictureOf;
+using TtestPictures::sameRgb;
+using TtestPictures::solid;
+
 bool put(const QTemporaryDir& dir, const QString& relative, const QImage& picture = QImage())
 {
-    const QString path = dir.filePath(relative);
-    if (!QDir().mkpath(QFileInfo(path).absolutePath()))
-        return false;
-    if (!picture.isNull())
-        return picture.save(path, "PNG");
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write("data") == 4;
+    return TtestPictures::put(dir.filePath(relative), picture);
 }
 
 QString preview(const QString& name)
 {
     return QStringLiteral(".velaSwatches/%1/%1.1.preview").arg(name);
-}
-
-QImage solid(const QSize& size, const QColor& colour)
-{
-    QImage image(size, QImage::Format_ARGB32);
-    image.fill(colour);
-    return image;
 }
 
 // The checksum of PNG chunks.
@@ -125,27 +117,6 @@ quint32 crc32(const QByteArray& data)
             crc = (crc >> 1) ^ (0xedb88320u & (0u - (crc & 1u)));
     }
     return ~crc;
-}
-
-QImage pictureOf(const QIcon& icon, int edge)
-{
-    return icon.pixmap(QSize(edge, edge), 1.0).toImage();
-}
-
-bool sameRgb(const QColor& a, const QColor& b)
-{
-    return a.alpha() == 255 && b.alpha() == 255 && a.rgb() == b.rgb();
-}
-
-// Asks service for path at edge and waits for it; the cached icon (null: no picture).
-QIcon made(TthumbnailService& service, quint64 owner, const QString& path, int edge)
-{
-    const TthumbnailKey key{QFileInfo(path).absoluteFilePath(), QSize(edge, edge), owner};
-    int client = 0;
-    service.request(&client, key, TthumbnailService::Visible);
-    if (!QTest::qWaitFor([&] { return service.isCached(key); }, 10000))
-        return QIcon();
-    return service.thumbnail(key);
 }
 
 } // namespace
