@@ -17,16 +17,15 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QDialog>
 #include <QImage>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QStatusBar>
-#include <QTimer>
 #include <QtTest>
 
 #include "ThostJourney.h"
+#include "TmodalAnswerer.h"
 #include "TtestFiles.h"
 
 class TstHostJourneys : public QObject
@@ -215,18 +214,7 @@ void TstHostJourneys::oneEnterInThePathBarIsOneNavigation()
     const int historyBefore = browser->history().size();
 
     // The not-found warning is modal: answer each one as the user would, counting them.
-    int warningBoxes = 0;
-    QTimer answer;
-    connect(&answer, &QTimer::timeout, this, [&warningBoxes]() {
-        for (QWidget* top : QApplication::topLevelWidgets()) {
-            auto* box = qobject_cast<QDialog*>(top);
-            if (box && box->isVisible() && box->objectName() == QLatin1String("directoryNotFoundWarning")) {
-                ++warningBoxes;
-                box->accept();
-            }
-        }
-    });
-    answer.start(20);
+    TmodalAnswerer answerer;
 
     bar->onBreadCrumbFilePathBarClicked();
     QComboBox* edit = bar->pathEdit();
@@ -240,9 +228,9 @@ void TstHostJourneys::oneEnterInThePathBarIsOneNavigation()
         QTRY_COMPARE(browser->contentPane()->currentRootPath(), m_dir->filePath(QStringLiteral("props")));
         QCOMPARE(browser->history().size(), historyBefore + 1);
         QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('|'))));
-        QCOMPARE(warningBoxes, 0);
+        QCOMPARE(answerer.seen.size(), 0);
     } else {
-        QTRY_COMPARE(warningBoxes, 1);
+        QTRY_COMPARE(answerer.seen.size(), 1);
         QCOMPARE(selected.size(), 0);
         QCOMPARE(browser->history().size(), historyBefore);
     }
