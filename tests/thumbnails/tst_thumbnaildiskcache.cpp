@@ -1,6 +1,7 @@
 #include "TpictureDecoder.h"
 #include "TprefOptionVar.h"
 #include "TrecordingHost.h"
+#include "TtestPictures.h"
 #include "Tstring.h"
 #include "TthumbnailDiskCache.h"
 #include "TthumbnailService.h"
@@ -39,22 +40,14 @@ public:
     }
 };
 
+using TtestPictures::made;
+using TtestPictures::put;
+using TtestPictures::sameRgb;
+
+// Opaque, as photographs are.
 QImage solid(const QSize& size, const QColor& colour)
 {
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(colour);
-    return image;
-}
-
-// The picture as PNG when there is one, else the bytes.
-bool put(const QString& path, const QImage& picture, const QByteArray& bytes = "data")
-{
-    if (!QDir().mkpath(QFileInfo(path).absolutePath()))
-        return false;
-    if (!picture.isNull())
-        return picture.save(path, "PNG");
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+    return TtestPictures::solid(size, colour, QImage::Format_RGB32);
 }
 
 // Moves the file's modification time on by a minute, as an edit would.
@@ -121,20 +114,6 @@ QStringList filesBelow(const QString& folder)
     return files;
 }
 
-// Asks service for path at edge and waits; the cached icon (null: no picture of its own).
-QIcon made(TthumbnailService& service, quint64 owner, const QString& path, int edge)
-{
-    const TthumbnailKey key{QFileInfo(path).absoluteFilePath(), QSize(edge, edge), owner};
-    int client = 0;
-    service.request(&client, key, TthumbnailService::Visible);
-    if (!QTest::qWaitFor([&] { return service.isCached(key); }, 10000))
-        return QIcon();
-    // The write follows the picture: wait for the worker to be done with it.
-    if (!QTest::qWaitFor([&] { return service.activeWorkers() == 0; }, 10000))
-        return QIcon();
-    return service.thumbnail(key);
-}
-
 // One session of the browser: a new service, so nothing is in memory, asked for one picture.
 struct Session
 {
@@ -150,11 +129,6 @@ struct Session
 QColor colourAt(const QIcon& icon, int edge, const QPoint& at)
 {
     return icon.pixmap(QSize(edge, edge), 1.0).toImage().pixelColor(at);
-}
-
-bool sameRgb(const QColor& a, const QColor& b)
-{
-    return a.alpha() == 255 && a.rgb() == b.rgb();
 }
 
 // A thumbnail in the standard layout, as another program writes it (Qt's own PNG text).
