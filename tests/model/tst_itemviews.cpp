@@ -17,6 +17,7 @@
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTemporaryDir>
+#include <QSet>
 #include <QTest>
 
 #include <memory>
@@ -246,7 +247,11 @@ void TestItemViews::hoverPlaysAndMovingOnRestores()
     QVERIFY(second && second != first);
     QVERIFY(grid.isNormal(QStringLiteral("a.mb")));
     QTRY_VERIFY(second->isPlaying());
-    QCOMPARE(grid.decorationKey(QStringLiteral("b.mb")), second->frames().at(0).cacheKey());
+    // One of its frames: by the time it is looked at, the loop may have moved past the first.
+    QSet<qint64> frameKeys;
+    for (const auto& frame : second->frames())
+        frameKeys.insert(frame.cacheKey());
+    QVERIFY(frameKeys.contains(grid.decorationKey(QStringLiteral("b.mb"))));
     QTRY_VERIFY2(!firstWatch, "the finished worker lingers with its frames");
 
     // A thumbnail without frames gets a worker that never plays.
