@@ -2,7 +2,6 @@
 
 #include "TbackgroundPool.h"
 
-#include <QCollator>
 #include <QDateTime>
 #include <QDirIterator>
 #include <QFileInfo>
@@ -16,7 +15,6 @@
 #endif
 
 #include <algorithm>
-#include <numeric>
 #include <vector>
 
 namespace {

@@ -123,6 +123,8 @@ private Q_SLOTS:
 
 private:
     void openPane(int width, int height);
+    // count scene files "s0...", numbered with digits digits, each with a picture from the host.
+    bool makeScenes(int count, int digits);
     bool show(const QString& folder, int rows);
     BrowserListView* grid() const { return m_pane->listWidget()->listView(); }
     QModelIndex item(const QString& path) const
@@ -166,6 +168,18 @@ void TestThumbnailGrid::openPane(int width, int height)
     m_pane = std::make_unique<ThumbnailPane>(&m_options);
     m_pane->resize(width, height);
     m_pane->show();
+}
+
+bool TestThumbnailGrid::makeScenes(int count, int digits)
+{
+    for (int i = 0; i < count; ++i) {
+        const QString path = m_dir->filePath(QStringLiteral("s%1.mb").arg(i, digits, 10, QLatin1Char('0')));
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write("scene") != 5)
+            return false;
+        m_host->images.insert(path, QPixmap::fromImage(solid(QSize(64, 64), Qt::yellow)));
+    }
+    return true;
 }
 
 bool TestThumbnailGrid::show(const QString& folder, int rows)
@@ -249,12 +263,7 @@ void TestThumbnailGrid::rowsNeverPaintedAreNeverDecoded()
 {
     // Scenes the host has pictures for, and photographs for the browser to read itself.
     const int scenes = 300;
-    for (int i = 0; i < scenes; ++i) {
-        const QString path = m_dir->filePath(QStringLiteral("s%1.mb").arg(i, 3, 10, QLatin1Char('0')));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("scene") == 5);
-        m_host->images.insert(path, QPixmap::fromImage(solid(QSize(64, 64), Qt::yellow)));
-    }
+    QVERIFY(makeScenes(scenes, 3));
     TthumbnailService* service = TthumbnailService::instance();
     openPane(600, 400);
 
@@ -295,12 +304,7 @@ void TestThumbnailGrid::aLargeFolderAsksOnlyForTheScreensItEndsWith()
     // Large enough to be listed as a first handful of rows and then one batch that is sorted
     // in: the rows shown meanwhile are whichever the disk gave first.
     const int scenes = 3000;
-    for (int i = 0; i < scenes; ++i) {
-        const QString path = m_dir->filePath(QStringLiteral("s%1.mb").arg(i, 4, 10, QLatin1Char('0')));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("scene") == 5);
-        m_host->images.insert(path, QPixmap::fromImage(solid(QSize(64, 64), Qt::yellow)));
-    }
+    QVERIFY(makeScenes(scenes, 4));
     // On worker threads, so that a row asked for is loaded at once, before the sort moves it.
     QVERIFY(TprefOptionVar::setOptionVarValue(Tstring(TthumbnailService::loaderThreadsKey), 2,
                                               Tstring("Content Browser")));
